@@ -1,0 +1,2 @@
+// Placeholder until the reference host lands.
+int main() { return 0; }

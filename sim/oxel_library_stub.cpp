@@ -1,0 +1,1 @@
+// Placeholder until the simulator lands; replaced by the simulator sources.

@@ -1,0 +1,81 @@
+/*
+ * Control functions of the simulated Oxel camera library (liboxel.so.1).
+ *
+ * Tests and the reference host use these to act on the simulated hardware:
+ * unplug and replug a camera, raise an edge on line 0, lose frames, make a
+ * feature refuse writes, or pretend another process holds a camera. The
+ * plug-in never calls them. Cameras are addressed by their device ID (the
+ * "id" of the camera in its producer file). Each function returns an
+ * OXEL_RETURN_CODE and records a last error like every other call.
+ *
+ * Frame pattern: every delivered pixel is a pure function of its sensor
+ * position (x, y: the AOI offset is included) and of the frame's ID, so a test
+ * can check every byte it receives with the inline functions below.
+ */
+#ifndef OXEL_OXEL_SIM_H
+#define OXEL_OXEL_SIM_H
+
+#include <stdint.h>
+
+#include "oxel/oxel_c.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Pixel format codes (PFNC) the simulator produces. */
+#define OXEL_SIM_PIXEL_FORMAT_MONO8 UINT64_C(0x01080001)
+#define OXEL_SIM_PIXEL_FORMAT_BGR8 UINT64_C(0x02180015)
+
+/* Frame IDs start this far below the 64-bit wrap-around. */
+#define OXEL_SIM_FIRST_FRAME_ID (UINT64_MAX - UINT64_C(299))
+
+/* Reverts every camera of every loaded producer to the state its producer
+ * file describes, plugged in, with no fault armed. */
+OXEL_RETURN_CODE OxelSim_ResetAll(void);
+
+/* The next device update reports the camera lost (or found again). An opened
+ * camera stops answering: its feature accesses fail and no frame arrives. */
+OXEL_RETURN_CODE OxelSim_UnplugCamera(const char* deviceId);
+OXEL_RETURN_CODE OxelSim_ReplugCamera(const char* deviceId);
+
+/* A pulse on line 0: a rising edge followed by a falling one. A camera
+ * triggered on either edge of line 0 takes one frame. */
+OXEL_RETURN_CODE OxelSim_PulseLine0(const char* deviceId);
+
+/* The next `count` frames the camera would send never arrive (count -1: all
+ * of them until the next call with 0). */
+OXEL_RETURN_CODE OxelSim_DropFrames(const char* deviceId, int32_t count);
+
+/* The next `count` writes to the feature fail with `code` (count -1: every
+ * write until the next call with 0). */
+OXEL_RETURN_CODE OxelSim_FailFeatureWrites(const char* deviceId, const char* featureName,
+                                           int32_t count, OXEL_RETURN_CODE code);
+
+/* Marks the camera as opened by another process (access status Busy, not
+ * openable) or releases that mark. */
+OXEL_RETURN_CODE OxelSim_SetOpenedElsewhere(const char* deviceId, OXEL_BOOL8 openedElsewhere);
+
+/* ID of the last frame the camera delivered to a buffer. */
+OXEL_RETURN_CODE OxelSim_GetLastFrameId(const char* deviceId, uint64_t* frameId);
+
+/* How many writes the feature has received since the camera was opened or
+ * reset (every write call, accepted or refused). */
+OXEL_RETURN_CODE OxelSim_GetFeatureWriteCount(const char* deviceId, const char* featureName,
+                                              uint64_t* count);
+
+/* The pattern: a ramp along x whose phase moves with y and with the frame. */
+static inline uint8_t OxelSim_PatternMono8(uint32_t x, uint32_t y, uint64_t frameId) {
+  return (uint8_t)(x + 7u * y + (uint32_t)frameId);
+}
+/* channel: 0 blue, 1 green, 2 red (the byte order of BGR8). */
+static inline uint8_t OxelSim_PatternBgr8(uint32_t x, uint32_t y, uint64_t frameId,
+                                          uint32_t channel) {
+  return (uint8_t)(x + 7u * y + (uint32_t)frameId + 85u * channel);
+}
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* OXEL_OXEL_SIM_H */
