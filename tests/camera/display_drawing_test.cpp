@@ -1,0 +1,90 @@
+// Drawing planes into the 32-bit live display.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "camera/display_drawing.h"
+
+namespace tavro::camera {
+namespace {
+
+constexpr uint32_t kUntouched = 0xDEADBEEF;
+
+TEST(GreyDisplay, RepeatsTheGreyByteInRedGreenAndBlue) {
+  const uint8_t grey[2][3] = {{0x80, 0x00, 0xFF}, {0x01, 0x7F, 0x80}};
+  std::vector<uint32_t> display(2 * 5, kUntouched);  // stride 5, 3 columns drawn
+  DrawGrey(&grey[0][0], 3, DisplayArea{display.data(), 5, 3, 2});
+  const uint32_t expected[2][5] = {{0x00808080, 0x00000000, 0x00FFFFFF, kUntouched, kUntouched},
+                                   {0x00010101, 0x007F7F7F, 0x00808080, kUntouched, kUntouched}};
+  for (int y = 0; y < 2; ++y)
+    for (int x = 0; x < 5; ++x) EXPECT_EQ(display[y * 5 + x], expected[y][x]) << x << "," << y;
+}
+
+TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
+  // Lengths around the eight-pixel step, with source pitch larger than the
+  // row and a display stride larger than the row.
+  for (int32_t columns = 1; columns <= 27; ++columns) {
+    SCOPED_TRACE(columns);
+    const int32_t rows = 3, pitch = columns + 5, stride = columns + 3;
+    std::vector<uint8_t> red(pitch * rows), green(pitch * rows), blue(pitch * rows);
+    for (size_t i = 0; i < red.size(); ++i) {
+      red[i] = static_cast<uint8_t>(i * 7 + 1);
+      green[i] = static_cast<uint8_t>(i * 13 + 128);
+      blue[i] = static_cast<uint8_t>(255 - i * 5);
+    }
+    std::vector<uint32_t> display(stride * rows, kUntouched);
+    DrawColour(red.data(), green.data(), blue.data(), pitch,
+               DisplayArea{display.data(), stride, columns, rows});
+    for (int32_t y = 0; y < rows; ++y) {
+      for (int32_t x = 0; x < stride; ++x) {
+        const size_t s = y * pitch + x;
+        const uint32_t expected =
+            x < columns ? (uint32_t{red[s]} << 16 | uint32_t{green[s]} << 8 | blue[s]) : kUntouched;
+        ASSERT_EQ(display[y * stride + x], expected) << x << "," << y;
+      }
+    }
+  }
+}
+
+TEST(ColourDisplay, BytesFromTheTopAreZeroRedGreenBlue) {
+  const uint8_t r = 0x12, g = 0x34, b = 0x56;
+  uint32_t pixel = kUntouched;
+  DrawColour(&r, &g, &b, 1, DisplayArea{&pixel, 1, 1, 1});
+  uint8_t bytes[4];
+  std::memcpy(bytes, &pixel, 4);  // little-endian: least significant first
+  EXPECT_EQ(bytes[3], 0x00);
+  EXPECT_EQ(bytes[2], 0x12);
+  EXPECT_EQ(bytes[1], 0x34);
+  EXPECT_EQ(bytes[0], 0x56);
+}
+
+TEST(ColourDisplay, OverlappingRowsGiveTheSequentialResult) {
+  // The blue plane lies inside the display row: drawing pixel x overwrites
+  // blue bytes that later pixels read. Only a pixel-by-pixel pass gives the
+  // defined result, so the eight-pixel step must not be taken here.
+  const int32_t columns = 16;
+  std::vector<uint32_t> memory(columns + 8);
+  std::vector<uint8_t> red(columns), green(columns);
+  for (int32_t i = 0; i < columns; ++i) {
+    red[i] = static_cast<uint8_t>(i);
+    green[i] = static_cast<uint8_t>(100 + i);
+  }
+  auto* bytes = reinterpret_cast<uint8_t*>(memory.data());
+  for (size_t i = 0; i < memory.size() * 4; ++i) bytes[i] = static_cast<uint8_t>(i * 3);
+  const uint8_t* blue = bytes + 6;  // starts inside display pixel 1
+
+  std::vector<uint32_t> expectedMemory = memory;
+  auto* expectedBytes = reinterpret_cast<uint8_t*>(expectedMemory.data());
+  for (int32_t x = 0; x < columns; ++x) {
+    expectedMemory[x] = uint32_t{red[x]} << 16 | uint32_t{green[x]} << 8 | expectedBytes[6 + x];
+  }
+
+  DrawColour(red.data(), green.data(), blue, columns,
+             DisplayArea{memory.data(), columns, columns, 1});
+  EXPECT_EQ(memory, expectedMemory);
+}
+
+}  // namespace
+}  // namespace tavro::camera

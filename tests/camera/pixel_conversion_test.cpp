@@ -1,0 +1,159 @@
+// Frames into host planes: grey conversion values, all four source and
+// destination combinations, and the bounds of what is read and written.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "camera/pixel_conversion.h"
+
+namespace tavro::camera {
+namespace {
+
+constexpr uint8_t kUntouched = 0xA5;
+
+// A plane with guard rows and columns around the area the host describes,
+// so that a write outside it shows.
+struct GuardedPlane {
+  static constexpr int kGuard = 16;
+  int32_t width, height, pitch;
+  std::vector<uint8_t> memory;
+
+  GuardedPlane(int32_t w, int32_t h)
+      : width(w), height(h), pitch(w + 2 * kGuard), memory(pitch * (h + 2 * kGuard), kUntouched) {}
+  uint8_t* First() { return memory.data() + pitch * kGuard + kGuard; }
+  uint8_t At(int32_t x, int32_t y) const { return memory[pitch * (y + kGuard) + x + kGuard]; }
+  // Bytes that differ from kUntouched outside [0, columns) x [0, rows).
+  int WritesOutside(int32_t columns, int32_t rows) const {
+    int count = 0;
+    for (int32_t y = -kGuard; y < height + kGuard; ++y) {
+      for (int32_t x = -kGuard; x < pitch - kGuard; ++x) {
+        const bool inside = x >= 0 && x < columns && y >= 0 && y < rows;
+        if (!inside && At(x, y) != kUntouched) ++count;
+      }
+    }
+    return count;
+  }
+};
+
+uint8_t Pattern(int32_t x, int32_t y, int32_t channel) {
+  return static_cast<uint8_t>(x * 3 + y * 11 + channel * 85);
+}
+
+std::vector<uint8_t> MakeFrame(int32_t width, int32_t height, bool bgr) {
+  const int32_t bytes = bgr ? 3 : 1;
+  std::vector<uint8_t> frame(static_cast<size_t>(width * height * bytes));
+  for (int32_t y = 0; y < height; ++y)
+    for (int32_t x = 0; x < width; ++x)
+      for (int32_t c = 0; c < bytes; ++c) frame[(y * width + x) * bytes + c] = Pattern(x, y, c);
+  return frame;
+}
+
+TEST(GreyConversion, UsesTruncatedFixedPointLuma) {
+  struct Case {
+    uint8_t red, green, blue, grey;
+  };
+  const Case cases[] = {{255, 0, 0, 76},      {0, 255, 0, 149}, {0, 0, 255, 29},
+                        {255, 255, 255, 255}, {0, 0, 0, 0},     {128, 128, 128, 128},
+                        {10, 200, 30, 123}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(GreyFromRgb(c.red, c.green, c.blue), c.grey)
+        << int(c.red) << "," << int(c.green) << "," << int(c.blue);
+  }
+}
+
+TEST(FrameConversion, WritesEverySourceAndDestinationCombination) {
+  const int32_t w = 37, h = 9;  // odd sizes: no accidental alignment
+  for (const bool bgr : {false, true}) {
+    for (const bool colour : {false, true}) {
+      SCOPED_TRACE(testing::Message() << "bgr " << bgr << " colour " << colour);
+      const std::vector<uint8_t> data = MakeFrame(w, h, bgr);
+      const SourceFrame frame{data.data(), data.size(), w, h, bgr};
+      GuardedPlane grey(w, h), red(w, h), green(w, h), blue(w, h);
+      // The colour planes have their own memory but advance by the grey pitch.
+      const HostPlanes planes{grey.First(),
+                              colour ? red.First() : nullptr,
+                              colour ? green.First() : nullptr,
+                              colour ? blue.First() : nullptr,
+                              w,
+                              h,
+                              grey.pitch,
+                              colour};
+      ConvertFrame(frame, planes, DeliveryRegion(frame, planes, w, h));
+
+      for (int32_t y = 0; y < h; ++y) {
+        for (int32_t x = 0; x < w; ++x) {
+          const uint8_t b = Pattern(x, y, 0);
+          const uint8_t g = bgr ? Pattern(x, y, 1) : b;
+          const uint8_t r = bgr ? Pattern(x, y, 2) : b;
+          ASSERT_EQ(grey.At(x, y), bgr ? GreyFromRgb(r, g, b) : b) << x << "," << y;
+          if (!colour) continue;
+          ASSERT_EQ(red.At(x, y), r) << x << "," << y;
+          ASSERT_EQ(green.At(x, y), g) << x << "," << y;
+          ASSERT_EQ(blue.At(x, y), b) << x << "," << y;
+        }
+      }
+      EXPECT_EQ(grey.WritesOutside(w, h), 0);
+      EXPECT_EQ(red.WritesOutside(colour ? w : 0, colour ? h : 0), 0);
+    }
+  }
+}
+
+TEST(FrameConversion, RegionIsBoundedByPlaneLimitAndBuffer) {
+  struct Case {
+    const char* what;
+    int32_t frameWidth, frameHeight;
+    size_t bufferBytes;  // 0: exactly width x height x 3
+    int32_t planeWidth, planeHeight, limitWidth, limitHeight;
+    CopyRegion expected;
+  };
+  const Case cases[] = {
+      {"host plane smaller than the frame", 64, 32, 0, 20, 10, 64, 32, {20, 10}},
+      {"host plane larger than the frame", 16, 8, 0, 100, 50, 100, 50, {16, 8}},
+      {"copy limit smaller than both", 64, 32, 0, 64, 32, 30, 12, {30, 12}},
+      {"partial buffer holds 5 rows and a bit", 10, 8, 10 * 3 * 5 + 7, 10, 8, 10, 8, {10, 5}},
+      {"buffer shorter than one row", 10, 8, 20, 10, 8, 10, 8, {0, 0}},
+      {"negative plane size", 10, 8, 0, -4, 8, 10, 8, {0, 0}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::vector<uint8_t> data(
+        c.bufferBytes ? c.bufferBytes : static_cast<size_t>(c.frameWidth * c.frameHeight * 3));
+    const SourceFrame frame{data.data(), data.size(), c.frameWidth, c.frameHeight, true};
+    HostPlanes planes;
+    planes.width = c.planeWidth;
+    planes.height = c.planeHeight;
+    const CopyRegion region = DeliveryRegion(frame, planes, c.limitWidth, c.limitHeight);
+    EXPECT_EQ(region.columns, c.expected.columns);
+    EXPECT_EQ(region.rows, c.expected.rows);
+  }
+}
+
+TEST(FrameConversion, SmallerHostPlaneGetsTheTopLeftOfTheFrameOnly) {
+  const int32_t fw = 40, fh = 12, pw = 13, ph = 5;
+  const std::vector<uint8_t> data = MakeFrame(fw, fh, false);
+  const SourceFrame frame{data.data(), data.size(), fw, fh, false};
+  GuardedPlane grey(pw, ph);
+  const HostPlanes planes{grey.First(), nullptr, nullptr, nullptr, pw, ph, grey.pitch, false};
+  ConvertFrame(frame, planes, DeliveryRegion(frame, planes, fw, fh));
+  for (int32_t y = 0; y < ph; ++y)
+    for (int32_t x = 0; x < pw; ++x) ASSERT_EQ(grey.At(x, y), Pattern(x, y, 0)) << x << "," << y;
+  EXPECT_EQ(grey.WritesOutside(pw, ph), 0);
+}
+
+TEST(FrameConversion, LargerHostPlaneKeepsItsPixelsBeyondTheFrame) {
+  const int32_t fw = 8, fh = 4, pw = 30, ph = 10;
+  const std::vector<uint8_t> data = MakeFrame(fw, fh, true);
+  // The buffer is exactly the frame: a read past it would trip the sanitizer.
+  const SourceFrame frame{data.data(), data.size(), fw, fh, true};
+  GuardedPlane grey(pw, ph);
+  const HostPlanes planes{grey.First(), nullptr, nullptr, nullptr, pw, ph, grey.pitch, false};
+  ConvertFrame(frame, planes, DeliveryRegion(frame, planes, pw, ph));
+  EXPECT_EQ(grey.At(fw - 1, fh - 1),
+            GreyFromRgb(Pattern(fw - 1, fh - 1, 2), Pattern(fw - 1, fh - 1, 1),
+                        Pattern(fw - 1, fh - 1, 0)));
+  EXPECT_EQ(grey.WritesOutside(fw, fh), 0);
+}
+
+}  // namespace
+}  // namespace tavro::camera
