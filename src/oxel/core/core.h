@@ -1,0 +1,35 @@
+// Everything of the camera layer in one include.
+#ifndef OXEL_CORE_CORE_H
+#define OXEL_CORE_CORE_H
+
+#include "oxel/core/buffer.h"
+#include "oxel/core/checked_call.h"
+#include "oxel/core/data_stream.h"
+#include "oxel/core/data_stream_descriptor.h"
+#include "oxel/core/device.h"
+#include "oxel/core/device_access_status.h"
+#include "oxel/core/device_descriptor.h"
+#include "oxel/core/device_manager.h"
+#include "oxel/core/exceptions.h"
+#include "oxel/core/interface.h"
+#include "oxel/core/interface_descriptor.h"
+#include "oxel/core/library.h"
+#include "oxel/core/node_map.h"
+#include "oxel/core/nodes/boolean_node.h"
+#include "oxel/core/nodes/category_node.h"
+#include "oxel/core/nodes/command_node.h"
+#include "oxel/core/nodes/enumeration_entry_node.h"
+#include "oxel/core/nodes/enumeration_node.h"
+#include "oxel/core/nodes/float_node.h"
+#include "oxel/core/nodes/integer_node.h"
+#include "oxel/core/nodes/node.h"
+#include "oxel/core/nodes/register_node.h"
+#include "oxel/core/nodes/string_node.h"
+#include "oxel/core/oxel_functions.h"
+#include "oxel/core/producer_library.h"
+#include "oxel/core/remote_device.h"
+#include "oxel/core/return_codes.h"
+#include "oxel/core/system.h"
+#include "oxel/core/system_descriptor.h"
+
+#endif  // OXEL_CORE_CORE_H
