@@ -91,16 +91,26 @@ template <typename Side, typename OnFound>
 Discovery<typename Side::Found> Discover(const std::shared_ptr<typename Side::Owner>& owner,
                                          uint64_t timeoutMs, OnFound onFound,
                                          const DeviceManager::ErrorCallback& onError) {
-  Discovery<typename Side::Found> result;
+  // Shared with the callbacks, so that a notification arriving after a failed
+  // unregistration lands here rather than in a finished task's frame.
+  struct Collected {
+    std::mutex mutex;
+    Discovery<typename Side::Found> result;
+  };
+  auto collected = std::make_shared<Collected>();
   try {
-    const auto knownKeys = Side::KnownKeys(*owner);
-    const auto foundHandle = Side::RegisterFound(
-        *owner, [&](const auto& descriptor) { result.found.push_back(onFound(descriptor)); });
+    // Only what was known before this update can be lost by it.
+    auto knownKeys = Side::KnownKeys(*owner);
+    const auto foundHandle = Side::RegisterFound(*owner, [collected, onFound](const auto& found) {
+      auto opened = onFound(found);
+      std::lock_guard lock(collected->mutex);
+      collected->result.found.push_back(std::move(opened));
+    });
     std::optional<OXEL_CALLBACK_HANDLE> lostHandle;
     const auto unregister = [&] {
       try {
         Side::UnregisterFound(*owner, foundHandle);
-      } catch (const Exception&) {  // the update's outcome matters more
+      } catch (const Exception&) {  // the update's own outcome is what counts
       }
       try {
         if (lostHandle) {
@@ -110,12 +120,13 @@ Discovery<typename Side::Found> Discover(const std::shared_ptr<typename Side::Ow
       }
     };
     try {
-      lostHandle = Side::RegisterLost(*owner, [&](const std::string& key) {
-        // Only what was known before this update can be lost by it.
-        if (const auto known = knownKeys.find(key); known != knownKeys.end()) {
-          result.lostKeys.push_back(known->second);
-        }
-      });
+      lostHandle = Side::RegisterLost(
+          *owner, [collected, knownKeys = std::move(knownKeys)](const std::string& key) {
+            if (const auto known = knownKeys.find(key); known != knownKeys.end()) {
+              std::lock_guard lock(collected->mutex);
+              collected->result.lostKeys.push_back(known->second);
+            }
+          });
       Side::Update(*owner, timeoutMs);
     } catch (...) {
       unregister();
@@ -127,7 +138,8 @@ Discovery<typename Side::Found> Discover(const std::shared_ptr<typename Side::Ow
       onError(Side::kErrorPrefix + owner->ID() + "]: " + error.what());
     }
   }
-  return result;
+  std::lock_guard lock(collected->mutex);
+  return collected->result;
 }
 
 // Starts one task per owner and gathers the results in start order.
@@ -333,7 +345,10 @@ void DeviceManager::Reset(bool forced) {
 
 void DeviceManager::TrackOpenedDevice(const std::shared_ptr<Device>& device) {
   std::lock_guard lock(openDeviceMutex_);
-  std::erase_if(openDevices_, [](const OpenDevice& entry) { return entry.device.expired(); });
+  std::erase_if(openDevices_, [&](const OpenDevice& entry) {
+    // A descriptor found twice carries the manager's callback twice.
+    return entry.device.expired() || entry.device.lock() == device;
+  });
   openDevices_.push_back({device, device->ID()});
 }
 
