@@ -51,10 +51,10 @@ const std::array<uint32_t, 256>& GreyDisplayTable() {
 
 void DrawGrey(const uint8_t* grey, ptrdiff_t pitch, const DisplayArea& area) {
   if (grey == nullptr || area.pixels == nullptr) return;
-  const std::array<uint32_t, 256>& table = GreyDisplayTable();
+  const uint32_t* __restrict table = GreyDisplayTable().data();
   for (int32_t y = 0; y < area.rows; ++y) {
-    const uint8_t* source = grey + pitch * y;
-    uint32_t* display = area.pixels + area.stride * y;
+    const uint8_t* __restrict source = grey + pitch * y;
+    uint32_t* __restrict display = area.pixels + area.stride * y;
     for (int32_t x = 0; x < area.columns; ++x) display[x] = table[source[x]];
   }
 }

@@ -2,8 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace tavro::parameters {
+namespace {
+
+using Wide = __int128;
+
+int64_t Saturate(Wide value) {
+  return static_cast<int64_t>(std::clamp<Wide>(value, INT64_MIN, INT64_MAX));
+}
+
+}  // namespace
 
 int32_t Truncated(double value) {
   // Converting an out-of-range double to an integer is undefined; saturate
@@ -35,17 +45,18 @@ int32_t LinearScale::ToHost(double cameraValue) const {
 }
 
 int64_t ThroughputScale::ToCamera(int32_t percent) const {
-  const int64_t p = std::clamp(percent, 0, 100);
-  int64_t offset = (p * range + 50) / 100;
-  const int64_t step = increment == 0 ? 1 : increment;
+  // 128-bit intermediates: a camera may report any 64-bit range.
+  const Wide p = std::clamp(percent, 0, 100);
+  Wide offset = (p * range + 50) / 100;
+  const Wide step = increment == 0 ? 1 : increment;
   offset -= offset % step;
-  return minimum + offset;
+  return Saturate(minimum + offset);
 }
 
 int32_t ThroughputScale::ToHost(int64_t cameraValue) const {
   if (range == 0) return 0;
-  const int64_t percent = (range / 2 + (cameraValue - minimum) * 100) / range;
-  return static_cast<int32_t>(std::clamp<int64_t>(percent, 0, 100));
+  const Wide percent = (Wide{range} / 2 + (Wide{cameraValue} - minimum) * 100) / range;
+  return static_cast<int32_t>(std::clamp<Wide>(percent, 0, 100));
 }
 
 }  // namespace tavro::parameters

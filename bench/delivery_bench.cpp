@@ -1,0 +1,105 @@
+// Frame delivery into host planes, each beside a plain memcpy of the same
+// frame so that the ratio can be read off one run.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "camera/display_drawing.h"
+#include "camera/pixel_conversion.h"
+
+namespace {
+
+constexpr int32_t kWidth = 1936;
+constexpr int32_t kHeight = 1216;
+
+std::vector<uint8_t> Frame(bool bgr) {
+  std::vector<uint8_t> frame(static_cast<size_t>(kWidth) * kHeight * (bgr ? 3 : 1));
+  for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(i * 31 + (i >> 11));
+  return frame;
+}
+
+struct Planes {
+  std::vector<uint8_t> grey, red, green, blue;
+  Planes() : grey(kWidth * kHeight), red(grey.size()), green(grey.size()), blue(grey.size()) {}
+  tavro::camera::HostPlanes View(bool colour) {
+    return {grey.data(),
+            colour ? red.data() : nullptr,
+            colour ? green.data() : nullptr,
+            colour ? blue.data() : nullptr,
+            kWidth,
+            kHeight,
+            kWidth,
+            colour};
+  }
+};
+
+void Deliver(benchmark::State& state, bool bgr, bool colour) {
+  const std::vector<uint8_t> data = Frame(bgr);
+  const tavro::camera::SourceFrame frame{data.data(), data.size(), kWidth, kHeight, bgr};
+  Planes planes;
+  const tavro::camera::HostPlanes view = planes.View(colour);
+  for (auto _ : state) {
+    tavro::camera::ConvertFrame(frame, view,
+                                tavro::camera::DeliveryRegion(frame, view, kWidth, kHeight));
+    benchmark::DoNotOptimize(planes.grey.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * data.size()));
+}
+
+void Memcpy(benchmark::State& state, bool bgr) {
+  const std::vector<uint8_t> data = Frame(bgr);
+  std::vector<uint8_t> copy(data.size());
+  for (auto _ : state) {
+    std::memcpy(copy.data(), data.data(), data.size());
+    benchmark::DoNotOptimize(copy.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * data.size()));
+}
+
+void BM_DeliverBgr8IntoGreyAndColour(benchmark::State& state) {
+  Deliver(state, true, true);
+}
+void BM_MemcpyBgr8Frame(benchmark::State& state) {
+  Memcpy(state, true);
+}
+void BM_DeliverMono8IntoGrey(benchmark::State& state) {
+  Deliver(state, false, false);
+}
+void BM_MemcpyMono8Frame(benchmark::State& state) {
+  Memcpy(state, false);
+}
+
+// The live display of the same frame, grey and colour.
+void BM_LiveDisplayGrey(benchmark::State& state) {
+  Planes planes;
+  std::vector<uint32_t> display(planes.grey.size());
+  for (auto _ : state) {
+    tavro::camera::DrawGrey(planes.grey.data(), kWidth, {display.data(), kWidth, kWidth, kHeight});
+    benchmark::DoNotOptimize(display.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+void BM_LiveDisplayColour(benchmark::State& state) {
+  Planes planes;
+  std::vector<uint32_t> display(planes.grey.size());
+  for (auto _ : state) {
+    tavro::camera::DrawColour(planes.red.data(), planes.green.data(), planes.blue.data(), kWidth,
+                              {display.data(), kWidth, kWidth, kHeight});
+    benchmark::DoNotOptimize(display.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+BENCHMARK(BM_DeliverBgr8IntoGreyAndColour)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MemcpyBgr8Frame)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_DeliverMono8IntoGrey)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MemcpyMono8Frame)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_LiveDisplayGrey)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_LiveDisplayColour)->Unit(benchmark::kMicrosecond);
+
+}  // namespace

@@ -1,0 +1,70 @@
+// Fetching a finished buffer and writing it into the host's planes.
+#include <algorithm>
+#include <exception>
+
+#include "camera/oxel_camera.h"
+#include "camera/pixel_conversion.h"
+#include "oxel/core/buffer.h"
+#include "oxel/core/data_stream.h"
+#include "oxel/core/exceptions.h"
+
+namespace tavro::camera {
+namespace {
+
+constexpr uint32_t kMaskTimeout = 64;
+constexpr uint32_t kMaskFailure = 16;
+
+int32_t As32Bit(size_t value) {
+  return static_cast<int32_t>(std::min<size_t>(value, INT32_MAX));
+}
+
+}  // namespace
+
+uint32_t OxelCamera::WaitAndDeliver(uint32_t timeoutMs) {
+  uint32_t mask = 0;
+  std::shared_ptr<oxel::core::Buffer> buffer;
+  try {
+    if (!dataStream) throw std::runtime_error("Camera has no data stream");
+    buffer = dataStream->WaitForFinishedBuffer(timeoutMs);
+    frame.base = buffer->BasePtr();
+    frame.size = buffer->Size();
+    frame.width = As32Bit(buffer->Width());
+    frame.height = As32Bit(buffer->Height());
+    frame.bitsPerPixel = bitsPerPixel;
+    frame.bytesPerLine = static_cast<int32_t>(
+        std::min<int64_t>(int64_t{(bitsPerPixel + 7) / 8} * frame.width, INT32_MAX));
+    DeliverFrame();
+  } catch (const oxel::core::TimeoutException&) {
+    mask = kMaskTimeout;
+  } catch (const std::exception&) {
+    mask = kMaskFailure;
+  }
+  if (buffer) {
+    try {
+      dataStream->QueueBuffer(buffer);
+    } catch (const oxel::core::TimeoutException&) {
+      // A late time-out on the way back changes nothing for this frame.
+    } catch (const std::exception&) {
+      // The buffer is lost to the stream; report it like any other camera
+      // failure so that a live loop ends instead of starving.
+      if (mask == 0) mask = kMaskFailure;
+    }
+  }
+  return mask;
+}
+
+bool OxelCamera::DeliverFrame() {
+  if (destination.grey == nullptr) return false;
+  const SourceFrame source{static_cast<const uint8_t*>(frame.base), frame.size, frame.width,
+                           frame.height, destination.sourceIsBgr};
+  const HostPlanes planes{destination.grey,  destination.red,   destination.green,
+                          destination.blue,  destination.width, destination.height,
+                          destination.pitch, destination.colour};
+  ConvertFrame(
+      source, planes,
+      DeliveryRegion(source, planes, destination.copyLimitWidth, destination.copyLimitHeight));
+  if (frameCallback != nullptr) frameCallback(frameCallbackArg);
+  return true;
+}
+
+}  // namespace tavro::camera
