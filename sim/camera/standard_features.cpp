@@ -1,0 +1,223 @@
+#include "camera/standard_features.h"
+
+#include <algorithm>
+
+namespace oxelsim {
+
+namespace {
+
+constexpr OXEL_NODE_ACCESS_STATUS kReadOnly = OXEL_NODE_ACCESS_STATUS_READ_ONLY;
+
+FeatureSpec Make(const std::string& name, OXEL_NODE_TYPE type) {
+  FeatureSpec spec;
+  spec.name = name;
+  spec.type = type;
+  spec.slots[""] = FeatureSlot{};
+  return spec;
+}
+
+FeatureSpec Category(const std::string& name, std::vector<std::string> children) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_CATEGORY);
+  spec.access = kReadOnly;
+  spec.children = std::move(children);
+  return spec;
+}
+
+FeatureSpec Integer(const std::string& name, int64_t min, int64_t max, int64_t inc, int64_t value) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_INTEGER);
+  FeatureSlot& slot = spec.slots[""];
+  slot.intMin = min;
+  slot.intMax = max;
+  slot.intInc = inc;
+  slot.intValue = value;
+  return spec;
+}
+
+FeatureSpec Float(const std::string& name, double min, double max, double value,
+                  const std::string& unit) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_FLOAT);
+  FeatureSlot& slot = spec.slots[""];
+  slot.floatMin = min;
+  slot.floatMax = max;
+  slot.floatValue = value;
+  spec.unit = unit;
+  return spec;
+}
+
+FeatureSpec Enumeration(const std::string& name, std::vector<std::string> symbols,
+                        const std::string& current) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_ENUMERATION);
+  for (size_t i = 0; i < symbols.size(); ++i) {
+    spec.entries.push_back(EnumEntrySpec{symbols[i], static_cast<int64_t>(i), true});
+  }
+  spec.slots[""].text = current;
+  return spec;
+}
+
+FeatureSpec Command(const std::string& name) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_COMMAND);
+  spec.access = OXEL_NODE_ACCESS_STATUS_WRITE_ONLY;
+  return spec;
+}
+
+FeatureSpec Text(const std::string& name, const std::string& value,
+                 OXEL_NODE_ACCESS_STATUS access) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_STRING);
+  spec.access = access;
+  spec.slots[""].text = value;
+  return spec;
+}
+
+FeatureSpec Boolean(const std::string& name, bool value) {
+  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_BOOLEAN);
+  spec.slots[""].intValue = value ? 1 : 0;
+  spec.slots[""].intMax = 1;
+  return spec;
+}
+
+FeatureSpec WithComputed(FeatureSpec spec, unsigned computed) {
+  spec.computed = computed;
+  if ((computed & kComputedValue) != 0 &&
+      (computed & (kComputedMinimum | kComputedMaximum)) == (kComputedMinimum | kComputedMaximum)) {
+    spec.access = kReadOnly;
+  }
+  return spec;
+}
+
+FeatureSpec Selected(FeatureSpec spec, const std::string& selector) {
+  spec.selector = selector;
+  return spec;
+}
+
+FeatureSpec Unavailable(FeatureSpec spec, const std::string& symbolic) {
+  for (EnumEntrySpec& entry : spec.entries) {
+    if (entry.symbolic == symbolic) entry.available = false;
+  }
+  return spec;
+}
+
+// The largest value min + k * inc that does not exceed `limit`.
+int64_t LastStep(int64_t min, int64_t inc, int64_t limit) {
+  if (limit < min) return min;
+  return min + (limit - min) / inc * inc;
+}
+
+FeatureSpec PixelFormatFeature(const CameraDescription& camera) {
+  FeatureSpec spec = Make("PixelFormat", OXEL_NODE_TYPE_ENUMERATION);
+  for (const PixelFormatSpec& format : camera.pixelFormats) {
+    spec.entries.push_back(
+        EnumEntrySpec{format.name, static_cast<int64_t>(format.code), format.available});
+    if (format.available && spec.slots[""].text.empty()) spec.slots[""].text = format.name;
+  }
+  return spec;
+}
+
+}  // namespace
+
+std::vector<FeatureSpec> StandardFeatures(const CameraDescription& camera) {
+  const AoiRules& aoi = camera.aoi;
+  const int64_t fullWidth = LastStep(aoi.widthMinimum, aoi.widthIncrement, camera.sensorWidth);
+  const int64_t fullHeight = LastStep(aoi.heightMinimum, aoi.heightIncrement, camera.sensorHeight);
+  const unsigned computedRange = kComputedMinimum | kComputedMaximum;
+  const unsigned computedAll = computedRange | kComputedValue;
+
+  std::vector<FeatureSpec> features;
+  features.push_back(
+      Category("Root", {"DeviceControl", "ImageFormatControl", "AcquisitionControl",
+                        "AnalogControl", "TransportLayerControl", "UserSetControl", "LUTControl"}));
+  features.push_back(Category(
+      "DeviceControl", {"DeviceVendorName", "DeviceModelName", "DeviceSerialNumber", "DeviceUserID",
+                        "DeviceLinkThroughputLimitMode", "DeviceLinkThroughputLimit"}));
+  features.push_back(Text("DeviceVendorName", camera.vendor, kReadOnly));
+  features.push_back(Text("DeviceModelName", camera.model, kReadOnly));
+  features.push_back(Text("DeviceSerialNumber", camera.serial, kReadOnly));
+  features.push_back(
+      Text("DeviceUserID", camera.userDefinedName, OXEL_NODE_ACCESS_STATUS_READ_WRITE));
+  features.push_back(Enumeration("DeviceLinkThroughputLimitMode", {"On", "Off"}, "On"));
+  FeatureSpec throughput =
+      Integer("DeviceLinkThroughputLimit", 10'000'000, 400'000'000, 4, 400'000'000);
+  throughput.unit = "B/s";
+  features.push_back(throughput);
+
+  features.push_back(Category("ImageFormatControl", {"WidthMax", "HeightMax", "Width", "Height",
+                                                     "OffsetX", "OffsetY", "PixelFormat"}));
+  features.push_back(WithComputed(
+      Integer("WidthMax", camera.sensorWidth, camera.sensorWidth, 1, camera.sensorWidth),
+      computedAll));
+  features.push_back(WithComputed(
+      Integer("HeightMax", camera.sensorHeight, camera.sensorHeight, 1, camera.sensorHeight),
+      computedAll));
+  features.push_back(WithComputed(
+      Integer("Width", aoi.widthMinimum, fullWidth, aoi.widthIncrement, fullWidth), computedRange));
+  features.push_back(WithComputed(
+      Integer("Height", aoi.heightMinimum, fullHeight, aoi.heightIncrement, fullHeight),
+      computedRange));
+  features.push_back(
+      WithComputed(Integer("OffsetX", 0, 0, aoi.offsetXIncrement, 0), computedRange));
+  features.push_back(
+      WithComputed(Integer("OffsetY", 0, 0, aoi.offsetYIncrement, 0), computedRange));
+  features.push_back(PixelFormatFeature(camera));
+
+  features.push_back(Category(
+      "AcquisitionControl",
+      {"AcquisitionMode", "AcquisitionStart", "AcquisitionStop", "AcquisitionAbort",
+       "TriggerSelector", "TriggerMode", "TriggerSource", "TriggerActivation", "TriggerSoftware",
+       "ExposureAuto", "ExposureTime", "AcquisitionFrameRateEnable", "AcquisitionFrameRate"}));
+  features.push_back(Unavailable(
+      Enumeration("AcquisitionMode", {"Continuous", "SingleFrame", "MultiFrame"}, "Continuous"),
+      "MultiFrame"));
+  features.push_back(Command("AcquisitionStart"));
+  features.push_back(Command("AcquisitionStop"));
+  features.push_back(Command("AcquisitionAbort"));
+  features.push_back(
+      Unavailable(Enumeration("TriggerSelector", {"FrameStart", "ExposureStart", "FrameBurstStart"},
+                              "FrameStart"),
+                  "FrameBurstStart"));
+  features.push_back(Selected(Enumeration("TriggerMode", {"Off", "On"}, "Off"), "TriggerSelector"));
+  features.push_back(
+      Selected(Unavailable(Enumeration("TriggerSource", {"Software", "Line0", "Line1"}, "Software"),
+                           "Line1"),
+               "TriggerSelector"));
+  features.push_back(
+      Selected(Enumeration("TriggerActivation", {"RisingEdge", "FallingEdge"}, "RisingEdge"),
+               "TriggerSelector"));
+  features.push_back(Command("TriggerSoftware"));
+  features.push_back(Enumeration("ExposureAuto", {"Off", "Once", "Continuous"}, "Off"));
+  features.push_back(Float("ExposureTime", 20.0, 1'000'000.0, 5000.0, "us"));
+  features.push_back(Boolean("AcquisitionFrameRateEnable", true));
+  features.push_back(WithComputed(
+      Float("AcquisitionFrameRate", 1.0, camera.maxFrameRate, camera.maxFrameRate, "Hz"),
+      kComputedMaximum));
+
+  features.push_back(Category(
+      "AnalogControl", {"GainSelector", "Gain", "GainDefault", "GainAuto", "BlackLevelSelector",
+                        "BlackLevel", "BlackLevelDefault", "BlackLevelAuto", "BalanceWhiteAuto"}));
+  features.push_back(Enumeration("GainSelector", {"AnalogAll", "DigitalAll"}, "AnalogAll"));
+  features.push_back(Selected(Float("Gain", 0.0, 24.0, 0.0, "dB"), "GainSelector"));
+  features.push_back(Selected(WithComputed(Float("GainDefault", 0.0, 24.0, 0.0, "dB"), computedAll),
+                              "GainSelector"));
+  features.push_back(Enumeration("GainAuto", {"Off", "Once", "Continuous"}, "Off"));
+  features.push_back(Enumeration("BlackLevelSelector", {"All"}, "All"));
+  features.push_back(Selected(Float("BlackLevel", 0.0, 32.0, 0.0, ""), "BlackLevelSelector"));
+  features.push_back(
+      Selected(WithComputed(Float("BlackLevelDefault", 0.0, 32.0, 0.0, ""), computedAll),
+               "BlackLevelSelector"));
+  features.push_back(Enumeration("BlackLevelAuto", {"Off", "Continuous"}, "Off"));
+  features.push_back(Enumeration("BalanceWhiteAuto", {"Off", "Once", "Continuous"}, "Off"));
+
+  features.push_back(Category("TransportLayerControl", {"PayloadSize", "TLParamsLocked"}));
+  features.push_back(WithComputed(Integer("PayloadSize", 0, 0, 1, 0), computedAll));
+  features.push_back(Integer("TLParamsLocked", 0, 1, 1, 0));
+
+  features.push_back(Category("UserSetControl", {"UserSetSelector", "UserSetLoad"}));
+  features.push_back(Enumeration("UserSetSelector", {"Default", "UserSet1"}, "Default"));
+  features.push_back(Command("UserSetLoad"));
+
+  features.push_back(Category("LUTControl", {"LUTValueAll"}));
+  FeatureSpec lut = Make("LUTValueAll", OXEL_NODE_TYPE_REGISTER);
+  lut.registerLength = 1024;
+  features.push_back(lut);
+  return features;
+}
+
+}  // namespace oxelsim

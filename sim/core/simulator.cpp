@@ -1,0 +1,55 @@
+#include "core/simulator.h"
+
+#include "core/sim_error.h"
+#include "transport/producer_library.h"
+
+namespace oxelsim {
+
+Simulator& Simulator::Instance() {
+  static Simulator simulator;
+  return simulator;
+}
+
+Simulator::~Simulator() {
+  std::vector<std::shared_ptr<ProducerLibrary>> closing = producers;
+  for (const auto& producer : closing) producer->Release();
+}
+
+HandleRegistry& Handles() {
+  return Simulator::Instance().handles;
+}
+
+void Simulator::RequireStarted() {
+  std::lock_guard lock(mutex);
+  if (users_ == 0) {
+    Fail(OXEL_RETURN_CODE_NOT_INITIALIZED, std::string("Oxel library not initialized: call "
+                                                       "OXEL_Library_Initialize before ") +
+                                               CurrentFunction());
+  }
+}
+
+void Simulator::Start() {
+  std::lock_guard lock(mutex);
+  ++users_;
+}
+
+void Simulator::Stop() {
+  std::vector<std::shared_ptr<ProducerLibrary>> closing;
+  {
+    std::lock_guard lock(mutex);
+    if (users_ == 0) {
+      Fail(OXEL_RETURN_CODE_NOT_INITIALIZED,
+           "OXEL_Library_Close: the library is not initialized (more closes than initializations)");
+    }
+    if (--users_ > 0) return;
+    closing.swap(producers);
+  }
+  for (const auto& producer : closing) producer->Release();
+}
+
+bool Simulator::Started() {
+  std::lock_guard lock(mutex);
+  return users_ > 0;
+}
+
+}  // namespace oxelsim

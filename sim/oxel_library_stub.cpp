@@ -1,1 +1,0 @@
-// Placeholder until the simulator lands; replaced by the simulator sources.

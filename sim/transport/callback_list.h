@@ -1,0 +1,58 @@
+// Callbacks registered by a C caller, each under the handle it was given.
+// Calls are made on a snapshot, with no lock held, so a callback may call the
+// library again.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "core/sim_error.h"
+#include "oxel/oxel_c.h"
+
+namespace oxelsim {
+
+template <class Function>
+class CallbackList {
+ public:
+  struct Entry {
+    Function function;
+    void* context;
+  };
+
+  OXEL_CALLBACK_HANDLE Add(Function function, void* context) {
+    if (function == nullptr) {
+      Fail(OXEL_RETURN_CODE_INVALID_ARGUMENT,
+           std::string(CurrentFunction()) + ": null callback function");
+    }
+    auto entry = std::make_shared<Entry>(Entry{function, context});
+    std::lock_guard lock(mutex_);
+    entries_.push_back(entry);
+    return reinterpret_cast<OXEL_CALLBACK_HANDLE>(entry.get());
+  }
+
+  void Remove(OXEL_CALLBACK_HANDLE handle) {
+    std::lock_guard lock(mutex_);
+    for (auto it = entries_.begin(); it != entries_.end(); ++it) {
+      if (reinterpret_cast<OXEL_CALLBACK_HANDLE>(it->get()) == handle) {
+        entries_.erase(it);
+        return;
+      }
+    }
+    Fail(OXEL_RETURN_CODE_INVALID_HANDLE,
+         std::string(CurrentFunction()) +
+             ": the callback handle was not registered here (or was unregistered already)");
+  }
+
+  std::vector<std::shared_ptr<Entry>> Snapshot() const {
+    std::lock_guard lock(mutex_);
+    return entries_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::shared_ptr<Entry>> entries_;
+};
+
+}  // namespace oxelsim

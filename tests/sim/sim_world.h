@@ -1,0 +1,104 @@
+// Test helpers that drive the simulated Oxel library through its C interface
+// only: texts and last errors, a producer directory of one's own, discovery
+// of the bundled cameras and feature access by name.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "oxel/oxel_c.h"
+#include "oxel_sim.h"
+
+namespace simtest {
+
+inline constexpr const char* kColourId = "OX23C-21A0417";
+inline constexpr const char* kMonoId = "OX13M-21B0112";
+inline constexpr const char* kGevId = "OX50M-21C0033";
+
+// A text through the two-call protocol; fails the test on any error code.
+std::string Text(const std::function<OXEL_RETURN_CODE(char*, size_t*)>& call);
+
+struct LastError {
+  OXEL_RETURN_CODE code;
+  std::string text;
+};
+LastError TakeLastError();
+
+// Sets GENICAM_GENTL64_PATH for the life of the object.
+class ScopedSearchPath {
+ public:
+  explicit ScopedSearchPath(const std::string& value);
+  ~ScopedSearchPath();
+
+ private:
+  std::string saved_;
+  bool had_ = false;
+};
+
+// A fresh directory under the system's temporary directory, removed at the end.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  const std::string& Path() const { return path_; }
+  std::string Write(const std::string& name, const std::string& content) const;
+
+ private:
+  std::string path_;
+};
+
+std::string BundledProducerDir();
+
+// The library started on the bundled producer files (or those of `dir`), with
+// every system and interface opened and every device descriptor found.
+class World {
+ public:
+  explicit World(const std::string& producerDir = BundledProducerDir());
+  ~World();
+
+  OXEL_DEVICE_DESCRIPTOR Descriptor(const std::string& deviceId) const;
+  const std::vector<OXEL_INTERFACE>& Interfaces() const { return interfaces_; }
+  const std::vector<OXEL_DEVICE_DESCRIPTOR>& Descriptors() const { return descriptors_; }
+  // Runs a device update on every interface; returns the found and lost counts.
+  void UpdateDevices(std::vector<std::string>* found, std::vector<std::string>* lost);
+
+ private:
+  ScopedSearchPath path_;
+  std::vector<OXEL_PRODUCER_LIBRARY> libraries_;
+  std::vector<OXEL_INTERFACE> interfaces_;
+  std::vector<OXEL_DEVICE_DESCRIPTOR> descriptors_;
+};
+
+// One camera opened with control access, its feature node map and its data
+// stream (when it has one).
+struct Camera {
+  OXEL_DEVICE device = nullptr;
+  OXEL_NODE_MAP features = nullptr;
+  OXEL_DATA_STREAM stream = nullptr;
+
+  static Camera Open(const World& world, const std::string& deviceId);
+  void Close();
+
+  OXEL_NODE Node(const std::string& name) const;
+  int64_t Int(const std::string& name) const;
+  double Float(const std::string& name) const;
+  std::string Enum(const std::string& name) const;
+  OXEL_RETURN_CODE SetInt(const std::string& name, int64_t value) const;
+  OXEL_RETURN_CODE SetFloat(const std::string& name, double value) const;
+  OXEL_RETURN_CODE SetEnum(const std::string& name, const std::string& entry) const;
+  OXEL_RETURN_CODE Execute(const std::string& name) const;
+  // Announces and queues `count` buffers of the payload size.
+  std::vector<OXEL_BUFFER> AnnounceAndQueue(size_t count) const;
+  // TLParamsLocked, stream start, AcquisitionStart: ready for triggers.
+  void StartAcquisition() const;
+};
+
+// Checks every byte of a delivered frame against the pattern; returns the
+// number of wrong bytes (0 when the frame is right).
+size_t WrongPixels(OXEL_BUFFER buffer, uint64_t pixelFormat);
+
+}  // namespace simtest
