@@ -1,0 +1,163 @@
+// Start, triggers and frame delivery on the calling thread, checked pixel by
+// pixel against the simulator's pattern.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "camera/pixel_conversion.h"
+#include "camera/simulated_camera.h"
+
+namespace tavro::camera {
+namespace {
+
+using simtest::HostImage;
+using simtest::kColourCameraId;
+using simtest::kMonoCameraId;
+using simtest::WriteCount;
+
+class SingleFrameTest : public simtest::SimulatedCameraTest {};
+
+// Grey and colour values the host must see at sensor position x, y.
+struct Expected {
+  uint8_t grey, red, green, blue;
+};
+
+Expected ExpectedPixel(bool bgr, int32_t x, int32_t y, uint64_t frameId) {
+  if (!bgr) {
+    const uint8_t v = OxelSim_PatternMono8(x, y, frameId);
+    return {v, v, v, v};
+  }
+  const uint8_t b = OxelSim_PatternBgr8(x, y, frameId, 0);
+  const uint8_t g = OxelSim_PatternBgr8(x, y, frameId, 1);
+  const uint8_t r = OxelSim_PatternBgr8(x, y, frameId, 2);
+  return {GreyFromRgb(r, g, b), r, g, b};
+}
+
+TEST_F(SingleFrameTest, SoftwareTriggeredFrameReachesEveryHostPlane) {
+  struct Case {
+    const char* what;
+    const char* cameraId;
+    bool colourPlanes;
+    int32_t planeWidth, planeHeight;
+  };
+  const Case cases[] = {
+      {"BGR8 into grey and colour", kColourCameraId, true, 1936, 1216},
+      {"BGR8 into a smaller grey plane", kColourCameraId, false, 301, 77},
+      {"Mono8 into grey and colour, larger plane", kMonoCameraId, true, 1400, 1100},
+      {"Mono8 into grey", kMonoCameraId, false, 1280, 1024},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    auto camera = simtest::OpenSimulatedCamera(c.cameraId);
+    ASSERT_TRUE(camera);
+    HostImage image(c.planeWidth, c.planeHeight);
+    image.Bind(*camera, c.colourPlanes);
+    ASSERT_TRUE(camera->ArmSoftwareTrigger());
+    ASSERT_TRUE(camera->FireSoftwareTrigger());
+    ASSERT_EQ(camera->WaitAndDeliver(3000), 0u);
+
+    const bool bgr = camera->isColour;
+    EXPECT_EQ(camera->frame.bytesPerLine, (bgr ? 3 : 1) * camera->frame.width);
+    const uint64_t frameId = simtest::LastFrameId(c.cameraId);
+    const int32_t columns = std::min(c.planeWidth, camera->widthMax);
+    const int32_t rows = std::min(c.planeHeight, camera->heightMax);
+    for (int32_t y = 0; y < c.planeHeight; ++y) {
+      for (int32_t x = 0; x < c.planeWidth; ++x) {
+        if (x >= columns || y >= rows) {
+          ASSERT_EQ(image.Grey(x, y), HostImage::kFill) << "beyond the frame " << x << "," << y;
+          continue;
+        }
+        const Expected e = ExpectedPixel(bgr, x, y, frameId);
+        ASSERT_EQ(image.Grey(x, y), e.grey) << x << "," << y;
+        if (!c.colourPlanes) {
+          ASSERT_EQ(image.Red(x, y), HostImage::kFill);
+          continue;
+        }
+        ASSERT_EQ(image.Red(x, y), e.red) << x << "," << y;
+        ASSERT_EQ(image.Green(x, y), e.green) << x << "," << y;
+        ASSERT_EQ(image.Blue(x, y), e.blue) << x << "," << y;
+      }
+    }
+  }
+}
+
+TEST_F(SingleFrameTest, ASecondArmOnAStartedCameraOnlyFiresTheTrigger) {
+  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
+  ASSERT_TRUE(camera);
+  HostImage image(1280, 1024);
+  image.Bind(*camera, false);
+  ASSERT_TRUE(camera->ArmSoftwareTrigger());
+  const uint64_t locks = WriteCount(kMonoCameraId, "TLParamsLocked");
+  const uint64_t modes = WriteCount(kMonoCameraId, "TriggerMode");
+  for (int frame = 0; frame < 2; ++frame) {
+    ASSERT_TRUE(camera->ArmSoftwareTrigger());
+    ASSERT_TRUE(camera->FireSoftwareTrigger());
+    ASSERT_EQ(camera->WaitAndDeliver(3000), 0u);
+  }
+  EXPECT_EQ(WriteCount(kMonoCameraId, "TLParamsLocked"), locks);
+  EXPECT_EQ(WriteCount(kMonoCameraId, "TriggerMode"), modes);
+  EXPECT_TRUE(camera->acquisitionStarted);
+}
+
+TEST_F(SingleFrameTest, HardwareTriggerWaitsForAnEdgeOnLine0) {
+  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
+  ASSERT_TRUE(camera);
+  HostImage image(1280, 1024);
+  image.Bind(*camera, false);
+  ASSERT_TRUE(camera->ArmHardwareTrigger());
+  EXPECT_EQ(simtest::EntryOf(*camera, "TriggerSource"), "Line0");
+  EXPECT_EQ(simtest::EntryOf(*camera, "TriggerActivation"), "RisingEdge");
+  EXPECT_EQ(camera->WaitAndDeliver(50), 64u) << "a frame came without an edge";
+  ASSERT_EQ(OxelSim_PulseLine0(kMonoCameraId), 0);
+  EXPECT_EQ(camera->WaitAndDeliver(3000), 0u);
+  EXPECT_EQ(image.Grey(5, 3), OxelSim_PatternMono8(5, 3, simtest::LastFrameId(kMonoCameraId)));
+}
+
+TEST_F(SingleFrameTest, FailedWaitsReportTheirMaskAndLeaveTheImageAlone) {
+  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
+  ASSERT_TRUE(camera);
+  HostImage image(64, 64);
+  image.Bind(*camera, true);
+  ASSERT_TRUE(camera->ArmSoftwareTrigger());
+  ASSERT_EQ(OxelSim_DropFrames(kMonoCameraId, 1), 0);
+  ASSERT_TRUE(camera->FireSoftwareTrigger());
+  EXPECT_EQ(camera->WaitAndDeliver(100), 64u);
+  EXPECT_TRUE(std::all_of(image.grey.begin(), image.grey.end(),
+                          [](uint8_t v) { return v == HostImage::kFill; }));
+
+  // A camera object that was never opened has no data stream: any failure
+  // other than a time-out is 16.
+  OxelCamera unopened;
+  HostImage other(8, 8);
+  other.Bind(unopened, false);
+  EXPECT_EQ(unopened.WaitAndDeliver(10), 16u);
+  EXPECT_EQ(other.Grey(0, 0), HostImage::kFill);
+}
+
+TEST_F(SingleFrameTest, NothingStartsOrIsDeliveredWithoutADestination) {
+  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
+  ASSERT_TRUE(camera);
+  const uint64_t locks = WriteCount(kMonoCameraId, "TLParamsLocked");
+  EXPECT_FALSE(camera->Start());
+  EXPECT_FALSE(camera->DeliverFrame());
+  EXPECT_FALSE(camera->acquisitionStarted);
+  // Stop on a camera that never started touches no feature.
+  EXPECT_TRUE(camera->Stop());
+  EXPECT_EQ(WriteCount(kMonoCameraId, "TLParamsLocked"), locks);
+}
+
+TEST_F(SingleFrameTest, RespondingMeansTheExposureCanBeRead) {
+  OxelCamera unopened;
+  EXPECT_FALSE(unopened.IsResponding());
+  auto camera = simtest::OpenSimulatedCamera(kColourCameraId);
+  ASSERT_TRUE(camera);
+  EXPECT_TRUE(camera->IsResponding());
+  ASSERT_EQ(OxelSim_UnplugCamera(kColourCameraId), 0);
+  EXPECT_FALSE(camera->IsResponding());
+  HostImage image(16, 16);
+  image.Bind(*camera, false);
+  EXPECT_FALSE(camera->ArmSoftwareTrigger());
+}
+
+}  // namespace
+}  // namespace tavro::camera
