@@ -15,6 +15,8 @@ DataStreamDescriptor::DataStreamDescriptor(CreationKey, OXEL_DATA_STREAM_DESCRIP
       parent_(std::move(parent)) {}
 
 std::shared_ptr<DataStream> DataStreamDescriptor::OpenDataStream() {
+  // The stream's parent is the descriptor's; without it nothing is opened.
+  LockParent(parent_);
   const auto handle = QueryValue<OXEL_DATA_STREAM>([this](OXEL_DATA_STREAM* out) {
     return Api().OXEL_DataStreamDescriptor_OpenDataStream(handle_, out);
   });

@@ -55,6 +55,8 @@ bool DeviceDescriptor::IsOpenable(OXEL_DEVICE_ACCESS_TYPE accessType) const {
 }
 
 std::shared_ptr<Device> DeviceDescriptor::OpenDevice(OXEL_DEVICE_ACCESS_TYPE accessType) {
+  // The device's parent is the descriptor's; without it nothing is opened.
+  LockParent(parent_);
   const auto handle = QueryValue<OXEL_DEVICE>([&](OXEL_DEVICE* out) {
     return Api().OXEL_DeviceDescriptor_OpenDevice(handle_, accessType, out);
   });

@@ -21,6 +21,8 @@ std::string InterfaceDescriptor::DisplayName() const {
 }
 
 std::shared_ptr<Interface> InterfaceDescriptor::OpenInterface() {
+  // The interface's parent is the descriptor's; without it nothing is opened.
+  LockParent(parent_);
   const auto handle = QueryValue<OXEL_INTERFACE>([this](OXEL_INTERFACE* out) {
     return Api().OXEL_InterfaceDescriptor_OpenInterface(handle_, out);
   });
