@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "camera/display_drawing.h"
+#include "camera/live_display.h"
 
 namespace tavro::camera {
 namespace {
@@ -84,6 +85,58 @@ TEST(ColourDisplay, OverlappingRowsGiveTheSequentialResult) {
   DrawColour(red.data(), green.data(), blue, columns,
              DisplayArea{memory.data(), columns, columns, 1});
   EXPECT_EQ(memory, expectedMemory);
+}
+
+TEST(LiveDisplay, DrawsFromTheFirstRowsAndStopsAtTheCameraMaximum) {
+  // Planes of 6 x 5 at pitch 8 whose image starts at row 1 (grey) or row 2
+  // (colour); the camera's maximum is 4 x 3; the display has stride 7.
+  const int32_t pitch = 8, planeRows = 5;
+  std::vector<uint8_t> grey(pitch * planeRows), red(grey.size()), green(grey.size()),
+      blue(grey.size());
+  for (size_t i = 0; i < grey.size(); ++i) {
+    grey[i] = static_cast<uint8_t>(i);
+    red[i] = static_cast<uint8_t>(100 + i);
+    green[i] = static_cast<uint8_t>(150 + i);
+    blue[i] = static_cast<uint8_t>(200 + i);
+  }
+  for (const bool colour : {false, true}) {
+    for (const bool bluePlaneMissing : {false, true}) {
+      SCOPED_TRACE(testing::Message() << "colour " << colour << " missing " << bluePlaneMissing);
+      std::vector<uint32_t> display(7 * 6, kUntouched);
+      LiveDisplaySource source;
+      source.grey = {grey.data(), 1};
+      source.width = 6;
+      source.height = 4;
+      source.pitch = pitch;
+      source.widthMax = 4;
+      source.heightMax = 3;
+      source.colour = colour;
+      source.red = {red.data(), 2};
+      source.green = {green.data(), 2};
+      source.blue = {bluePlaneMissing ? nullptr : blue.data(), 2};
+      source.display = display.data();
+      source.displayStride = 7;
+      DrawLiveDisplay(source);
+
+      const bool drawsColour = colour && !bluePlaneMissing;
+      for (int32_t y = 0; y < 6; ++y) {
+        for (int32_t x = 0; x < 7; ++x) {
+          uint32_t expected = kUntouched;
+          const int32_t row = y - 1;  // display rows start at the grey first row
+          if (row >= 0 && row < 3 && x < 4) {
+            if (drawsColour) {
+              const size_t s = (row + 2) * pitch + x;
+              expected = uint32_t{red[s]} << 16 | uint32_t{green[s]} << 8 | blue[s];
+            } else {
+              const uint32_t g = grey[(row + 1) * pitch + x];
+              expected = g << 16 | g << 8 | g;
+            }
+          }
+          ASSERT_EQ(display[y * 7 + x], expected) << x << "," << y;
+        }
+      }
+    }
+  }
 }
 
 }  // namespace
