@@ -3,8 +3,8 @@
 // it into their documented failure results.
 #pragma once
 
-#include <memory>
 #include <exception>
+#include <memory>
 #include <stdexcept>
 #include <string>
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "camera/display_drawing.h"
@@ -47,18 +46,6 @@ TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
       }
     }
   }
-}
-
-TEST(ColourDisplay, BytesFromTheTopAreZeroRedGreenBlue) {
-  const uint8_t r = 0x12, g = 0x34, b = 0x56;
-  uint32_t pixel = kUntouched;
-  DrawColour(&r, &g, &b, 1, DisplayArea{&pixel, 1, 1, 1});
-  uint8_t bytes[4];
-  std::memcpy(bytes, &pixel, 4);  // little-endian: least significant first
-  EXPECT_EQ(bytes[3], 0x00);
-  EXPECT_EQ(bytes[2], 0x12);
-  EXPECT_EQ(bytes[1], 0x34);
-  EXPECT_EQ(bytes[0], 0x56);
 }
 
 TEST(ColourDisplay, OverlappingRowsGiveTheSequentialResult) {
