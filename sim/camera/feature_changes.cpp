@@ -1,5 +1,7 @@
 #include "camera/feature_changes.h"
 
+#include "camera/camera_features.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -130,7 +132,11 @@ void ChangeFeature(FeatureSpec& spec, const JsonReader& change) {
 }
 
 FeatureSpec NewFeature(const std::string& name, const JsonReader& change) {
-  if (!change.IsObject()) change.Fail("an object with the \"type\" of the new feature " + name);
+  if (!change.IsObject() || !change.Optional("type")) {
+    change.Refuse("'" + name +
+                  "' is not a feature of this camera; check the name, or give the \"type\" of "
+                  "a feature of its own");
+  }
   FeatureSpec spec;
   spec.name = name;
   spec.type = ParseType(change.Member("type"));
@@ -209,34 +215,44 @@ std::string Where(const FeatureSpec& spec, const std::string& slotKey) {
 void CheckSlot(const FeatureSpec& spec, const std::string& key, const FeatureSlot& slot,
                const JsonReader& place) {
   const std::string where = Where(spec, key);
-  auto fail = [&](const std::string& what) {
-    place.Fail("values that fit: " + where + " " + what);
-  };
+  auto refuse = [&](const std::string& what) { place.Refuse(where + " " + what); };
+  const bool checkMaximum = (spec.computed & kComputedMaximum) == 0;
+  if ((spec.computed & kComputedValue) != 0) return;
   switch (spec.type) {
     case OXEL_NODE_TYPE_INTEGER:
-      if (slot.intMin > slot.intMax) fail("has a minimum above its maximum");
-      if ((spec.computed & kComputedValue) != 0) break;
-      if (slot.intValue < slot.intMin || slot.intValue > slot.intMax) {
-        fail("value " + std::to_string(slot.intValue) + " is outside " +
-             std::to_string(slot.intMin) + " to " + std::to_string(slot.intMax));
+      if (slot.intMin > slot.intMax) refuse("has a minimum above its maximum");
+      if (slot.intValue < slot.intMin) {
+        refuse("value " + std::to_string(slot.intValue) + " below minimum " +
+               std::to_string(slot.intMin));
+      }
+      if (checkMaximum && slot.intValue > slot.intMax) {
+        refuse("value " + std::to_string(slot.intValue) + " above maximum " +
+               std::to_string(slot.intMax));
       }
       if ((slot.intValue - slot.intMin) % slot.intInc != 0) {
-        fail("value " + std::to_string(slot.intValue) + " is not on the increment " +
-             std::to_string(slot.intInc));
+        refuse("value " + std::to_string(slot.intValue) + " not on the increment " +
+               std::to_string(slot.intInc) + " above minimum " + std::to_string(slot.intMin));
       }
       break;
     case OXEL_NODE_TYPE_FLOAT:
-      if (slot.floatMin > slot.floatMax) fail("has a minimum above its maximum");
-      if ((spec.computed & kComputedValue) != 0 || (spec.computed & kComputedMaximum) != 0) break;
-      if (slot.floatValue < slot.floatMin || slot.floatValue > slot.floatMax ||
-          !OnIncrement(slot.floatValue, slot.floatMin, slot.floatInc)) {
-        fail("value " + std::to_string(slot.floatValue) + " is outside its range or increment");
+      if (slot.floatMin > slot.floatMax) refuse("has a minimum above its maximum");
+      if (slot.floatValue < slot.floatMin) {
+        refuse("value " + NumberText(slot.floatValue) + " below minimum " +
+               NumberText(slot.floatMin));
+      }
+      if (checkMaximum && slot.floatValue > slot.floatMax) {
+        refuse("value " + NumberText(slot.floatValue) + " above maximum " +
+               NumberText(slot.floatMax));
+      }
+      if (!OnIncrement(slot.floatValue, slot.floatMin, slot.floatInc)) {
+        refuse("value " + NumberText(slot.floatValue) + " not on the increment " +
+               NumberText(slot.floatInc));
       }
       break;
     case OXEL_NODE_TYPE_ENUMERATION: {
       const EnumEntrySpec* entry = spec.FindEntry(slot.text);
       if (entry == nullptr || !entry->available) {
-        fail("value \"" + slot.text + "\" is not an available entry");
+        refuse("value \"" + slot.text + "\" is not an available entry");
       }
       break;
     }
@@ -251,14 +267,14 @@ void CheckAoi(const CameraDescription& camera, const JsonReader& place) {
     return spec == nullptr ? 0 : spec->slots.begin()->second.intValue;
   };
   if (value("OffsetX") + value("Width") > camera.sensorWidth) {
-    place.Fail("an area of interest inside the sensor: OffsetX " +
-               std::to_string(value("OffsetX")) + " + Width " + std::to_string(value("Width")) +
-               " is above the sensor width " + std::to_string(camera.sensorWidth));
+    place.Refuse("the area of interest leaves the sensor: OffsetX " +
+                 std::to_string(value("OffsetX")) + " + Width " + std::to_string(value("Width")) +
+                 " is above the sensor width " + std::to_string(camera.sensorWidth));
   }
   if (value("OffsetY") + value("Height") > camera.sensorHeight) {
-    place.Fail("an area of interest inside the sensor: OffsetY " +
-               std::to_string(value("OffsetY")) + " + Height " + std::to_string(value("Height")) +
-               " is above the sensor height " + std::to_string(camera.sensorHeight));
+    place.Refuse("the area of interest leaves the sensor: OffsetY " +
+                 std::to_string(value("OffsetY")) + " + Height " + std::to_string(value("Height")) +
+                 " is above the sensor height " + std::to_string(camera.sensorHeight));
   }
 }
 

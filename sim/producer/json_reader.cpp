@@ -37,6 +37,11 @@ void JsonReader::Fail(const std::string& expected) const {
                           ": expected " + expected + ", found " + Found());
 }
 
+void JsonReader::Refuse(const std::string& what) const {
+  FailLoading(*file_,
+              "at " + (pointer_.empty() ? std::string("the top level") : pointer_) + ": " + what);
+}
+
 std::string JsonReader::Found() const {
   std::string text = value_->dump();
   if (text.size() > 60) text = text.substr(0, 57) + "...";

@@ -42,6 +42,8 @@ class JsonReader {
   const std::string& Pointer() const { return pointer_; }
   std::string Found() const;  // the value as it stands in the file, for texts
   [[noreturn]] void Fail(const std::string& expected) const;
+  // "at <pointer>: <what>", for a value that reads well but does not fit.
+  [[noreturn]] void Refuse(const std::string& what) const;
 
  private:
   const nlohmann::json* value_;

@@ -7,11 +7,8 @@
 namespace simtest {
 namespace {
 
-class Discovery : public ::testing::Test {
+class Discovery : public BundledWorld {
  protected:
-  void SetUp() override { ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS); }
-  void TearDown() override { OxelSim_ResetAll(); }
-
   static OXEL_DEVICE_ACCESS_STATUS Status(OXEL_DEVICE_DESCRIPTOR descriptor) {
     OXEL_DEVICE_ACCESS_STATUS status = -1;
     EXPECT_EQ(OXEL_DeviceDescriptor_GetAccessStatus(descriptor, &status), OXEL_RETURN_CODE_SUCCESS);
@@ -27,7 +24,6 @@ class Discovery : public ::testing::Test {
 };
 
 TEST_F(Discovery, BundledCamerasCarryTheirIdentity) {
-  World world;
   struct Expected {
     const char* id;
     const char* model;
@@ -37,10 +33,10 @@ TEST_F(Discovery, BundledCamerasCarryTheirIdentity) {
   const Expected cameras[] = {{kColourId, "OX-U3-23C", "Left", "U3V"},
                               {kMonoId, "OX-U3-13M", "", "U3V"},
                               {kGevId, "OX-GE-50M", "Overview", "GEV"}};
-  ASSERT_EQ(world.Descriptors().size(), 3u);
+  ASSERT_EQ(world_->Descriptors().size(), 3u);
   for (const Expected& camera : cameras) {
     SCOPED_TRACE(camera.id);
-    OXEL_DEVICE_DESCRIPTOR d = world.Descriptor(camera.id);
+    OXEL_DEVICE_DESCRIPTOR d = world_->Descriptor(camera.id);
     EXPECT_EQ(Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetModelName(d, t, s); }),
               camera.model);
     EXPECT_EQ(
@@ -54,20 +50,19 @@ TEST_F(Discovery, BundledCamerasCarryTheirIdentity) {
 }
 
 TEST_F(Discovery, UnplugAndReplugAreReportedAtTheNextUpdate) {
-  World world;
   std::vector<std::string> found, lost;
-  world.UpdateDevices(&found, &lost);
+  world_->UpdateDevices(&found, &lost);
   EXPECT_TRUE(found.empty());
   EXPECT_TRUE(lost.empty());
 
   ASSERT_EQ(OxelSim_UnplugCamera(kMonoId), OXEL_RETURN_CODE_SUCCESS);
-  world.UpdateDevices(&found, &lost);
+  world_->UpdateDevices(&found, &lost);
   EXPECT_TRUE(found.empty());
   EXPECT_EQ(lost, std::vector<std::string>{kMonoId});
 
   lost.clear();
   ASSERT_EQ(OxelSim_ReplugCamera(kMonoId), OXEL_RETURN_CODE_SUCCESS);
-  world.UpdateDevices(&found, &lost);
+  world_->UpdateDevices(&found, &lost);
   EXPECT_EQ(found, std::vector<std::string>{kMonoId});
   EXPECT_TRUE(lost.empty());
 
@@ -76,17 +71,16 @@ TEST_F(Discovery, UnplugAndReplugAreReportedAtTheNextUpdate) {
   found.clear();
   ASSERT_EQ(OxelSim_UnplugCamera(kColourId), OXEL_RETURN_CODE_SUCCESS);
   ASSERT_EQ(OxelSim_ReplugCamera(kColourId), OXEL_RETURN_CODE_SUCCESS);
-  OXEL_DEVICE_DESCRIPTOR before = world.Descriptor(kColourId);
-  world.UpdateDevices(&found, &lost);
+  OXEL_DEVICE_DESCRIPTOR before = world_->Descriptor(kColourId);
+  world_->UpdateDevices(&found, &lost);
   EXPECT_EQ(found, std::vector<std::string>{kColourId});
   EXPECT_EQ(lost, std::vector<std::string>{kColourId});
-  EXPECT_NE(world.Descriptor(kColourId), before);
+  EXPECT_NE(world_->Descriptor(kColourId), before);
   EXPECT_EQ(Status(before), OXEL_DEVICE_ACCESS_STATUS_UNKNOWN);
 }
 
 TEST_F(Discovery, AccessStatusFollowsWhoHasTheCamera) {
-  World world;
-  OXEL_DEVICE_DESCRIPTOR d = world.Descriptor(kColourId);
+  OXEL_DEVICE_DESCRIPTOR d = world_->Descriptor(kColourId);
 
   ASSERT_EQ(OxelSim_SetOpenedElsewhere(kColourId, 1), OXEL_RETURN_CODE_SUCCESS);
   EXPECT_EQ(Status(d), OXEL_DEVICE_ACCESS_STATUS_BUSY);
@@ -97,7 +91,7 @@ TEST_F(Discovery, AccessStatusFollowsWhoHasTheCamera) {
   EXPECT_NE(TakeLastError().text.find("Busy"), std::string::npos);
 
   ASSERT_EQ(OxelSim_SetOpenedElsewhere(kColourId, 0), OXEL_RETURN_CODE_SUCCESS);
-  Camera camera = Camera::Open(world, kColourId);
+  Camera camera = Camera::Open(*world_, kColourId);
   EXPECT_EQ(Status(d), OXEL_DEVICE_ACCESS_STATUS_OPEN_READ_WRITE);
   EXPECT_FALSE(Openable(d));
   EXPECT_EQ(OXEL_DeviceDescriptor_OpenDevice(d, OXEL_DEVICE_ACCESS_TYPE_CONTROL, &device),

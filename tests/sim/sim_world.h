@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,27 @@ struct Camera {
   std::vector<OXEL_BUFFER> AnnounceAndQueue(size_t count) const;
   // TLParamsLocked, stream start, AcquisitionStart: ready for triggers.
   void StartAcquisition() const;
+};
+
+// Every simulated camera back to its producer file before and after a test.
+class ResetCameras : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS); }
+  void TearDown() override { OxelSim_ResetAll(); }
+};
+
+// The same with the library started on the bundled producer files.
+class BundledWorld : public ResetCameras {
+ protected:
+  void SetUp() override {
+    ResetCameras::SetUp();
+    world_ = std::make_unique<World>();
+  }
+  void TearDown() override {
+    world_.reset();
+    ResetCameras::TearDown();
+  }
+  std::unique_ptr<World> world_;
 };
 
 // Checks every byte of a delivered frame against the pattern; returns the

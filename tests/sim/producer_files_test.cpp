@@ -1,0 +1,158 @@
+// Producer files: where they are found, what a short file gives, and how a
+// bad file is refused.
+#include <fstream>
+
+#include "sim_world.h"
+
+namespace simtest {
+namespace {
+
+constexpr const char* kSmallFile = R"({
+  "system": {"id": "Bench", "interfaces": [{"id": "Bus", "cameras": [
+    {"id": "CAM-1", "model": "M1", "sensor": {"width": 64, "height": 48}}
+  ]}]}
+})";
+
+class ProducerFiles : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(OXEL_Library_Initialize(), OXEL_RETURN_CODE_SUCCESS); }
+  void TearDown() override { EXPECT_EQ(OXEL_Library_Close(), OXEL_RETURN_CODE_SUCCESS); }
+
+  static std::vector<std::string> Search() {
+    EXPECT_EQ(OXEL_ProducerSearch_Refresh(), OXEL_RETURN_CODE_SUCCESS);
+    size_t count = 0;
+    EXPECT_EQ(OXEL_ProducerSearch_GetCount(&count), OXEL_RETURN_CODE_SUCCESS);
+    std::vector<std::string> paths;
+    for (size_t i = 0; i < count; ++i) {
+      paths.push_back(Text(
+          [&](char* text, size_t* size) { return OXEL_ProducerSearch_GetPath(i, text, size); }));
+    }
+    return paths;
+  }
+};
+
+TEST_F(ProducerFiles, SearchListsCtiFilesByDirectoryThenName) {
+  TempDir first, second;
+  const std::string b = first.Write("b.cti", kSmallFile);
+  const std::string a = first.Write("a.cti", kSmallFile);
+  first.Write("notes.txt", "not a producer");
+  const std::string c = second.Write("c.cti", kSmallFile);
+  {
+    ScopedSearchPath path(second.Path() + "::" + first.Path() + ":/no/such/dir");
+    EXPECT_EQ(Search(), (std::vector<std::string>{c, a, b}));
+  }
+  // The search reads the environment again on every refresh.
+  ScopedSearchPath path(first.Path());
+  EXPECT_EQ(Search(), (std::vector<std::string>{a, b}));
+  size_t size = 0;
+  EXPECT_EQ(OXEL_ProducerSearch_GetPath(2, nullptr, &size), OXEL_RETURN_CODE_OUT_OF_RANGE);
+}
+
+TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
+  TempDir dir;
+  struct Case {
+    const char* name;
+    const char* content;  // null: the file does not exist
+    std::vector<std::string> textParts;
+  };
+  const Case cases[] = {
+      {"missing.cti", nullptr, {"cannot be found"}},
+      {"empty.cti", " \n", {"the file is empty"}},
+      {"broken.cti", "{\n  \"system\": {\n    \"id\": 5,,\n", {"not valid JSON", "line 3"}},
+      {"array.cti", "[1, 2]", {"at the top level", "expected an object"}},
+      {"nosystem.cti", "{\"vendor\": \"x\"}", {"missing member \"system\""}},
+      {"width.cti",
+       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+           {"id": "C", "model": "M", "sensor": {"width": "wide", "height": 4}}]}]}})",
+       {"/system/interfaces/0/cameras/0/sensor/width", "expected an integer", "\"wide\""}},
+      {"typo.cti",
+       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}, "widht": 3}]}]}})",
+       {"unknown member \"widht\""}},
+      {"range.cti",
+       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
+            "features": {"Gain": {"max": 4.0, "value": 6.0}}}]}]}})",
+       {"/features/Gain", "value 6"}},
+      {"computed.cti",
+       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
+            "features": {"PayloadSize": {"value": 6}}}]}]}})",
+       {"/features/PayloadSize/value", "the camera computes"}},
+      {"twice.cti",
+       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}},
+           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}}]}]}})",
+       {"/cameras/1/id", "used once"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string path =
+        c.content != nullptr ? dir.Write(c.name, c.content) : dir.Path() + "/" + c.name;
+    OXEL_PRODUCER_LIBRARY library = nullptr;
+    EXPECT_EQ(OXEL_ProducerLibrary_Open(path.c_str(), path.size() + 1, &library),
+              OXEL_RETURN_CODE_CTI_LOADING_ERROR);
+    const LastError error = TakeLastError();
+    EXPECT_EQ(error.code, OXEL_RETURN_CODE_CTI_LOADING_ERROR);
+    EXPECT_NE(error.text.find(path), std::string::npos) << error.text;
+    for (const std::string& part : c.textParts) {
+      EXPECT_NE(error.text.find(part), std::string::npos) << error.text;
+    }
+  }
+}
+
+TEST_F(ProducerFiles, AFewLinesDescribeATypicalCamera) {
+  TempDir dir;
+  dir.Write("small.cti", kSmallFile);
+  ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
+  World world(dir.Path());
+  OXEL_DEVICE_DESCRIPTOR d = world.Descriptor("CAM-1");
+  EXPECT_EQ(Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetTLType(d, t, s); }),
+            "U3V");
+  EXPECT_EQ(Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetDisplayName(d, t, s); }),
+            "Oxel Imaging M1 (CAM-1)");
+  Camera camera = Camera::Open(world, "CAM-1");
+  EXPECT_EQ(camera.Enum("PixelFormat"), "Mono8");
+  EXPECT_EQ(camera.Int("PayloadSize"), 64 * 48);
+  EXPECT_EQ(camera.Enum("TriggerMode"), "Off");
+  size_t minimum = 0;
+  ASSERT_EQ(OXEL_DataStream_GetNumBuffersAnnouncedMinRequired(camera.stream, &minimum),
+            OXEL_RETURN_CODE_SUCCESS);
+  EXPECT_EQ(minimum, 3u);
+}
+
+TEST_F(ProducerFiles, FilesChooseFeaturesStreamsAndStartingFaults) {
+  TempDir dir;
+  dir.Write("choices.cti", R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+    {"id": "PLAIN", "model": "P", "sensor": {"width": 32, "height": 8}, "dataStreams": 0,
+     "pixelFormats": [{"name": "BGR8", "available": false}, "Mono8"],
+     "features": {"TLParamsLocked": "absent", "Gain": {"access": "ReadOnly"},
+                  "Gamma": {"type": "Float", "min": 0.5, "max": 4.0, "value": 1.0}}},
+    {"id": "AWAY", "model": "A", "sensor": {"width": 32, "height": 8}, "plugged": false},
+    {"id": "TAKEN", "model": "T", "sensor": {"width": 32, "height": 8}, "openedElsewhere": true}
+  ]}]}})");
+  ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
+  World world(dir.Path());
+  EXPECT_EQ(world.Descriptors().size(), 2u);  // AWAY is not plugged in
+  OXEL_DEVICE_ACCESS_STATUS status = 0;
+  ASSERT_EQ(OXEL_DeviceDescriptor_GetAccessStatus(world.Descriptor("TAKEN"), &status),
+            OXEL_RETURN_CODE_SUCCESS);
+  EXPECT_EQ(status, OXEL_DEVICE_ACCESS_STATUS_BUSY);
+
+  Camera camera = Camera::Open(world, "PLAIN");
+  EXPECT_EQ(camera.stream, nullptr);
+  OXEL_NODE node = nullptr;
+  EXPECT_EQ(OXEL_NodeMap_FindNode(camera.features, "TLParamsLocked", 15, &node),
+            OXEL_RETURN_CODE_NOT_FOUND);
+  EXPECT_EQ(camera.SetFloat("Gain", 1.0), OXEL_RETURN_CODE_BAD_ACCESS);
+  EXPECT_DOUBLE_EQ(camera.Float("Gamma"), 1.0);
+  EXPECT_EQ(camera.SetEnum("PixelFormat", "BGR8"), OXEL_RETURN_CODE_NOT_AVAILABLE);
+
+  std::vector<std::string> found;
+  ASSERT_EQ(OxelSim_ReplugCamera("AWAY"), OXEL_RETURN_CODE_SUCCESS);
+  world.UpdateDevices(&found, nullptr);
+  EXPECT_EQ(found, std::vector<std::string>{"AWAY"});
+}
+
+}  // namespace
+}  // namespace simtest
