@@ -8,6 +8,13 @@
  * "id" of the camera in its producer file). Each function returns an
  * OXEL_RETURN_CODE and records a last error like every other call.
  *
+ * They act on the simulated hardware, which outlives library start and stop,
+ * and work whether or not the library is started: a camera not loaded yet is
+ * looked for in the producer files on GENICAM_GENTL64_PATH, so a test can
+ * prepare a camera before the code under test starts the library. An unknown
+ * ID fails with OXEL_RETURN_CODE_NOT_FOUND. docs/simulator-producer-files.md
+ * describes the cameras' behaviour.
+ *
  * Frame pattern: every delivered pixel is a pure function of its sensor
  * position (x, y: the AOI offset is included) and of the frame's ID, so a test
  * can check every byte it receives with the inline functions below.
@@ -31,7 +38,9 @@ extern "C" {
 #define OXEL_SIM_FIRST_FRAME_ID (UINT64_MAX - UINT64_C(299))
 
 /* Reverts every camera of every loaded producer to the state its producer
- * file describes, plugged in, with no fault armed. */
+ * file describes: plugged in (unless the file says otherwise), feature values,
+ * faults (none unless the file arms some), frame IDs from
+ * OXEL_SIM_FIRST_FRAME_ID, write counts 0. Open devices stay open. */
 OXEL_RETURN_CODE OxelSim_ResetAll(void);
 
 /* The next device update reports the camera lost (or found again). An opened
@@ -40,7 +49,7 @@ OXEL_RETURN_CODE OxelSim_UnplugCamera(const char* deviceId);
 OXEL_RETURN_CODE OxelSim_ReplugCamera(const char* deviceId);
 
 /* A pulse on line 0: a rising edge followed by a falling one. A camera
- * triggered on either edge of line 0 takes one frame. */
+ * triggered on either edge of line 0 takes one frame (if it is acquiring). */
 OXEL_RETURN_CODE OxelSim_PulseLine0(const char* deviceId);
 
 /* The next `count` frames the camera would send never arrive (count -1: all
@@ -56,7 +65,8 @@ OXEL_RETURN_CODE OxelSim_FailFeatureWrites(const char* deviceId, const char* fea
  * openable) or releases that mark. */
 OXEL_RETURN_CODE OxelSim_SetOpenedElsewhere(const char* deviceId, OXEL_BOOL8 openedElsewhere);
 
-/* ID of the last frame the camera delivered to a buffer. */
+/* ID of the last frame the camera delivered to a buffer
+ * (OXEL_RETURN_CODE_NOT_AVAILABLE before the first one). */
 OXEL_RETURN_CODE OxelSim_GetLastFrameId(const char* deviceId, uint64_t* frameId);
 
 /* How many writes the feature has received since the camera was opened or

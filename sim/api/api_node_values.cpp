@@ -40,7 +40,7 @@ OXEL_RETURN_CODE ReadNode(const char* function, Handle handle, OXEL_NODE_TYPE ty
       } else {
         CheckAvailable(features, feature);
       }
-      return static_cast<T>(read(features, features.Current(feature)));
+      return static_cast<T>(read(features, feature, features.Current(feature)));
     });
   });
 }
@@ -49,9 +49,9 @@ template <class T, class Handle, class Read>
 OXEL_RETURN_CODE ReadValue(const char* function, Handle handle, OXEL_NODE_TYPE type,
                            OXEL_NODE_CACHE_POLICY policy, T* out, Read read) {
   return ReadNode(function, handle, type, out, "value", ReadOf::Value,
-                  [&](CameraFeatures& features, const FeatureSlot& slot) {
+                  [&](CameraFeatures& features, size_t feature, const FeatureSlot& slot) {
                     CheckCachePolicy(policy);
-                    return read(features, slot);
+                    return read(features, feature, slot);
                   });
 }
 
@@ -82,7 +82,7 @@ OXEL_ENUMERATION_ENTRY_NODE EntryHandle(Node& enumeration, const std::string& sy
 OXEL_RETURN_CODE OXEL_IntegerNode_GetValue(OXEL_INTEGER_NODE node,
                                            OXEL_NODE_CACHE_POLICY cachePolicy, int64_t* value) {
   return ReadValue(__func__, node, OXEL_NODE_TYPE_INTEGER, cachePolicy, value,
-                   [](CameraFeatures&, const FeatureSlot& slot) { return slot.intValue; });
+                   [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.intValue; });
 }
 
 OXEL_RETURN_CODE OXEL_IntegerNode_SetValue(OXEL_INTEGER_NODE node, int64_t value) {
@@ -92,23 +92,24 @@ OXEL_RETURN_CODE OXEL_IntegerNode_SetValue(OXEL_INTEGER_NODE node, int64_t value
 
 OXEL_RETURN_CODE OXEL_IntegerNode_GetMinimum(OXEL_INTEGER_NODE node, int64_t* minimum) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_INTEGER, minimum, "minimum", ReadOf::Property,
-                  [](CameraFeatures&, const FeatureSlot& slot) { return slot.intMin; });
+                  [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.intMin; });
 }
 
 OXEL_RETURN_CODE OXEL_IntegerNode_GetMaximum(OXEL_INTEGER_NODE node, int64_t* maximum) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_INTEGER, maximum, "maximum", ReadOf::Property,
-                  [](CameraFeatures&, const FeatureSlot& slot) { return slot.intMax; });
+                  [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.intMax; });
 }
 
 OXEL_RETURN_CODE OXEL_IntegerNode_GetIncrement(OXEL_INTEGER_NODE node, int64_t* increment) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_INTEGER, increment, "increment", ReadOf::Property,
-                  [](CameraFeatures&, const FeatureSlot& slot) { return slot.intInc; });
+                  [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.intInc; });
 }
 
 OXEL_RETURN_CODE OXEL_FloatNode_GetValue(OXEL_FLOAT_NODE node, OXEL_NODE_CACHE_POLICY cachePolicy,
                                          double* value) {
-  return ReadValue(__func__, node, OXEL_NODE_TYPE_FLOAT, cachePolicy, value,
-                   [](CameraFeatures&, const FeatureSlot& slot) { return slot.floatValue; });
+  return ReadValue(
+      __func__, node, OXEL_NODE_TYPE_FLOAT, cachePolicy, value,
+      [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.floatValue; });
 }
 
 OXEL_RETURN_CODE OXEL_FloatNode_SetValue(OXEL_FLOAT_NODE node, double value) {
@@ -118,27 +119,28 @@ OXEL_RETURN_CODE OXEL_FloatNode_SetValue(OXEL_FLOAT_NODE node, double value) {
 
 OXEL_RETURN_CODE OXEL_FloatNode_GetMinimum(OXEL_FLOAT_NODE node, double* minimum) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_FLOAT, minimum, "minimum", ReadOf::Property,
-                  [](CameraFeatures&, const FeatureSlot& slot) { return slot.floatMin; });
+                  [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.floatMin; });
 }
 
 OXEL_RETURN_CODE OXEL_FloatNode_GetMaximum(OXEL_FLOAT_NODE node, double* maximum) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_FLOAT, maximum, "maximum", ReadOf::Property,
-                  [](CameraFeatures&, const FeatureSlot& slot) { return slot.floatMax; });
+                  [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.floatMax; });
 }
 
 OXEL_RETURN_CODE OXEL_FloatNode_GetHasConstantIncrement(OXEL_FLOAT_NODE node,
                                                         OXEL_BOOL8* hasConstantIncrement) {
-  return ReadNode(__func__, node, OXEL_NODE_TYPE_FLOAT, hasConstantIncrement,
-                  "hasConstantIncrement", ReadOf::Property,
-                  [](CameraFeatures&, const FeatureSlot& slot) { return slot.floatInc > 0.0; });
+  return ReadNode(
+      __func__, node, OXEL_NODE_TYPE_FLOAT, hasConstantIncrement, "hasConstantIncrement",
+      ReadOf::Property,
+      [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.floatInc > 0.0; });
 }
 
 OXEL_RETURN_CODE OXEL_FloatNode_GetIncrement(OXEL_FLOAT_NODE node, double* increment) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_FLOAT, increment, "increment", ReadOf::Property,
-                  [&](CameraFeatures& features, const FeatureSlot& slot) {
+                  [](CameraFeatures& features, size_t feature, const FeatureSlot& slot) {
                     if (slot.floatInc <= 0.0) {
                       Fail(OXEL_RETURN_CODE_NOT_AVAILABLE,
-                           std::string(CurrentFunction()) + ": " + FindNode(node, "node")->Name() +
+                           std::string(CurrentFunction()) + ": " + features.Spec(feature).name +
                                " has no constant increment (" + features.Owner() + ")");
                     }
                     return slot.floatInc;
@@ -147,8 +149,9 @@ OXEL_RETURN_CODE OXEL_FloatNode_GetIncrement(OXEL_FLOAT_NODE node, double* incre
 
 OXEL_RETURN_CODE OXEL_BooleanNode_GetValue(OXEL_BOOLEAN_NODE node,
                                            OXEL_NODE_CACHE_POLICY cachePolicy, OXEL_BOOL8* value) {
-  return ReadValue(__func__, node, OXEL_NODE_TYPE_BOOLEAN, cachePolicy, value,
-                   [](CameraFeatures&, const FeatureSlot& slot) { return slot.intValue != 0; });
+  return ReadValue(
+      __func__, node, OXEL_NODE_TYPE_BOOLEAN, cachePolicy, value,
+      [](CameraFeatures&, size_t, const FeatureSlot& slot) { return slot.intValue != 0; });
 }
 
 OXEL_RETURN_CODE OXEL_BooleanNode_SetValue(OXEL_BOOLEAN_NODE node, OXEL_BOOL8 value) {
@@ -192,15 +195,15 @@ OXEL_RETURN_CODE OXEL_CommandNode_GetIsDone(OXEL_COMMAND_NODE node, OXEL_BOOL8* 
 
 OXEL_RETURN_CODE OXEL_RegisterNode_GetLength(OXEL_REGISTER_NODE node, int64_t* length) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_REGISTER, length, "length", ReadOf::Property,
-                  [&](CameraFeatures& features, const FeatureSlot&) {
-                    return features.Spec(FindNode(node, "node")->Feature()).registerLength;
+                  [](CameraFeatures& features, size_t feature, const FeatureSlot&) {
+                    return features.Spec(feature).registerLength;
                   });
 }
 
 OXEL_RETURN_CODE OXEL_CategoryNode_GetNumFeatures(OXEL_CATEGORY_NODE node, size_t* count) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_CATEGORY, count, "count", ReadOf::Property,
-                  [&](CameraFeatures& features, const FeatureSlot&) {
-                    return features.Spec(FindNode(node, "node")->Feature()).children.size();
+                  [](CameraFeatures& features, size_t feature, const FeatureSlot&) {
+                    return features.Spec(feature).children.size();
                   });
 }
 

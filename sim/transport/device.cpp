@@ -62,7 +62,8 @@ std::shared_ptr<DataStream> DataStreamDescriptor::Open() {
 }
 
 void DataStreamDescriptor::CloseLocked() {
-  if (opened_) opened_->CloseLocked();
+  // A local reference: closing tells this descriptor, which drops its own.
+  if (auto opened = opened_) opened->CloseLocked();
   Simulator::Instance().handles.Remove(this);
 }
 

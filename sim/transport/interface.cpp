@@ -25,7 +25,8 @@ std::shared_ptr<Device> DeviceDescriptor::Open(OXEL_DEVICE_ACCESS_TYPE access) {
 }
 
 void DeviceDescriptor::CloseLocked() {
-  if (opened_) opened_->CloseLocked();
+  // A local reference: closing tells this descriptor, which drops its own.
+  if (auto opened = opened_) opened->CloseLocked();
   Simulator::Instance().handles.Remove(this);
 }
 
@@ -39,7 +40,8 @@ std::shared_ptr<Interface> InterfaceDescriptor::Open() {
 }
 
 void InterfaceDescriptor::CloseLocked() {
-  if (opened_) opened_->CloseLocked();
+  // A local reference: closing tells this descriptor, which drops its own.
+  if (auto opened = opened_) opened->CloseLocked();
   Simulator::Instance().handles.Remove(this);
 }
 

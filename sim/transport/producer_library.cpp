@@ -21,7 +21,8 @@ std::shared_ptr<System> SystemDescriptor::Open() {
 }
 
 void SystemDescriptor::CloseLocked() {
-  if (opened_) opened_->CloseLocked();
+  // A local reference: closing tells this descriptor, which drops its own.
+  if (auto opened = opened_) opened->CloseLocked();
   Simulator::Instance().handles.Remove(this);
 }
 
