@@ -2,7 +2,10 @@
 // name and description in one fixed format.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdlib>
 #include <functional>
+#include <new>
 #include <typeindex>
 #include <vector>
 
@@ -10,6 +13,25 @@
 #include "oxel/core/exceptions.h"
 #include "oxel/core/return_codes.h"
 #include "oxel/fake_oxel.h"
+
+// Counts this thread's allocations, to show what the success path costs.
+namespace {
+thread_local size_t t_allocations = 0;
+}  // namespace
+
+void* operator new(std::size_t size) {
+  ++t_allocations;
+  if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+    return memory;
+  }
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
 
 namespace oxel::core {
 namespace {
@@ -97,6 +119,23 @@ TEST(CallCheckedTest, SuccessAndEmptyCallableMakeNoLastErrorQuery) {
   std::function<OXEL_RETURN_CODE()> empty;
   EXPECT_THROW(CallChecked(empty), std::bad_function_call);
   EXPECT_EQ(fake_oxel::LastErrorQueries(), 0);
+}
+
+TEST(CallCheckedTest, TheSuccessPathAllocatesNothing) {
+  fake_oxel::ScopedTable fake;
+  const std::array<int64_t, 8> captured{};  // too large for any small-object buffer
+  const size_t before = t_allocations;
+  CallChecked([captured] { return captured[0] == 0 ? OXEL_RETURN_CODE_SUCCESS : 1; });
+  const auto value = QueryValue<int64_t>([captured](int64_t* out) {
+    *out = captured[1] + 7;
+    return OXEL_RETURN_CODE_SUCCESS;
+  });
+  EXPECT_EQ(value, 7);
+  EXPECT_EQ(t_allocations - before, 0u);
+
+  fake_oxel::SetLastError(OXEL_RETURN_CODE_TIMEOUT, "a description long enough to need memory");
+  EXPECT_THROW(CallChecked([captured] { return OXEL_RETURN_CODE_TIMEOUT; }), TimeoutException);
+  EXPECT_GT(t_allocations - before, 0u);  // the counter does see the failure path
 }
 
 TEST(QueryValueTest, FailureWithoutLastErrorKeepsWhatTheCallWrote) {
