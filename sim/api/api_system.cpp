@@ -15,6 +15,28 @@ void Locked(Work&& work) {
   work();
 }
 
+// Registers `callback` in the list `member` of the module behind `handle`.
+template <class Module, class Handle, class Function>
+OXEL_RETURN_CODE Register(const char* function, Handle handle, Kind kind,
+                          CallbackList<Function> Module::*member, Function callback, void* context,
+                          OXEL_CALLBACK_HANDLE* callbackHandle) {
+  return RunApiCall(function, [&] {
+    auto opened = Find<Module>(handle, kind, "module");
+    OXEL_CALLBACK_HANDLE& result = Out(callbackHandle, "callbackHandle");
+    result = ((*opened).*member).Add(callback, context);
+  });
+}
+
+template <class Module, class Handle, class Function>
+OXEL_RETURN_CODE Unregister(const char* function, Handle handle, Kind kind,
+                            CallbackList<Function> Module::*member,
+                            OXEL_CALLBACK_HANDLE callbackHandle) {
+  return RunApiCall(function, [&] {
+    auto opened = Find<Module>(handle, kind, "module");
+    ((*opened).*member).Remove(callbackHandle);
+  });
+}
+
 }  // namespace
 
 OXEL_RETURN_CODE OXEL_SystemDescriptor_GetID(OXEL_SYSTEM_DESCRIPTOR descriptor, char* id,
@@ -60,35 +82,25 @@ OXEL_RETURN_CODE OXEL_System_RegisterInterfaceFoundCallback(OXEL_SYSTEM system,
                                                             OXEL_InterfaceFoundCallback callback,
                                                             void* context,
                                                             OXEL_CALLBACK_HANDLE* callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    auto opened = Find<System>(system, Kind::System, "system");
-    OXEL_CALLBACK_HANDLE& result = Out(callbackHandle, "callbackHandle");
-    result = opened->found.Add(callback, context);
-  });
+  return Register(__func__, system, Kind::System, &System::found, callback, context,
+                  callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_System_UnregisterInterfaceFoundCallback(OXEL_SYSTEM system,
                                                               OXEL_CALLBACK_HANDLE callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    Find<System>(system, Kind::System, "system")->found.Remove(callbackHandle);
-  });
+  return Unregister(__func__, system, Kind::System, &System::found, callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_System_RegisterInterfaceLostCallback(OXEL_SYSTEM system,
                                                            OXEL_InterfaceLostCallback callback,
                                                            void* context,
                                                            OXEL_CALLBACK_HANDLE* callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    auto opened = Find<System>(system, Kind::System, "system");
-    OXEL_CALLBACK_HANDLE& result = Out(callbackHandle, "callbackHandle");
-    result = opened->lost.Add(callback, context);
-  });
+  return Register(__func__, system, Kind::System, &System::lost, callback, context, callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_System_UnregisterInterfaceLostCallback(OXEL_SYSTEM system,
                                                              OXEL_CALLBACK_HANDLE callbackHandle) {
-  return RunApiCall(
-      __func__, [&] { Find<System>(system, Kind::System, "system")->lost.Remove(callbackHandle); });
+  return Unregister(__func__, system, Kind::System, &System::lost, callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_System_UpdateInterfaces(OXEL_SYSTEM system, uint64_t timeoutMs) {
@@ -156,38 +168,26 @@ OXEL_RETURN_CODE OXEL_Interface_RegisterDeviceFoundCallback(OXEL_INTERFACE inter
                                                             OXEL_DeviceFoundCallback callback,
                                                             void* context,
                                                             OXEL_CALLBACK_HANDLE* callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    auto opened = Find<Interface>(interfaceHandle, Kind::Interface, "interfaceHandle");
-    OXEL_CALLBACK_HANDLE& result = Out(callbackHandle, "callbackHandle");
-    result = opened->found.Add(callback, context);
-  });
+  return Register(__func__, interfaceHandle, Kind::Interface, &Interface::found, callback, context,
+                  callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_Interface_UnregisterDeviceFoundCallback(OXEL_INTERFACE interfaceHandle,
                                                               OXEL_CALLBACK_HANDLE callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    Find<Interface>(interfaceHandle, Kind::Interface, "interfaceHandle")
-        ->found.Remove(callbackHandle);
-  });
+  return Unregister(__func__, interfaceHandle, Kind::Interface, &Interface::found, callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_Interface_RegisterDeviceLostCallback(OXEL_INTERFACE interfaceHandle,
                                                            OXEL_DeviceLostCallback callback,
                                                            void* context,
                                                            OXEL_CALLBACK_HANDLE* callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    auto opened = Find<Interface>(interfaceHandle, Kind::Interface, "interfaceHandle");
-    OXEL_CALLBACK_HANDLE& result = Out(callbackHandle, "callbackHandle");
-    result = opened->lost.Add(callback, context);
-  });
+  return Register(__func__, interfaceHandle, Kind::Interface, &Interface::lost, callback, context,
+                  callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_Interface_UnregisterDeviceLostCallback(OXEL_INTERFACE interfaceHandle,
                                                              OXEL_CALLBACK_HANDLE callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    Find<Interface>(interfaceHandle, Kind::Interface, "interfaceHandle")
-        ->lost.Remove(callbackHandle);
-  });
+  return Unregister(__func__, interfaceHandle, Kind::Interface, &Interface::lost, callbackHandle);
 }
 
 OXEL_RETURN_CODE OXEL_Interface_UpdateDevices(OXEL_INTERFACE interfaceHandle, uint64_t timeoutMs) {
