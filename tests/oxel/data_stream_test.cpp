@@ -134,23 +134,6 @@ TEST_F(DataStreamTest, DestructionStopsFlushesRevokesAndCloses) {
   }
 }
 
-TEST_F(DataStreamTest, TheWaitHandsBackTheAnnouncedObject) {
-  auto stream = OpenStream();
-  const auto first = stream->AllocAndAnnounceBuffer(64, nullptr);
-  const auto second = stream->AllocAndAnnounceBuffer(64, nullptr);
-  state_.finished = 102;
-  EXPECT_EQ(stream->WaitForFinishedBuffer(1000), second);
-
-  EXPECT_THROW(stream->WaitForFinishedBuffer(0), TimeoutException);
-
-  stream->RevokeBuffer(first);
-  EXPECT_EQ(stream->AnnouncedBuffers(), (std::vector<std::shared_ptr<Buffer>>{second}));
-  state_.finished = 101;  // revoked: the stream no longer knows the handle
-  EXPECT_THROW(stream->WaitForFinishedBuffer(1000), std::out_of_range);
-  state_.finished = 555;  // never announced
-  EXPECT_THROW(stream->WaitForFinishedBuffer(1000), std::out_of_range);
-}
-
 // The buffer lock must not be held during the C wait: another thread
 // announces and queues a buffer while one thread waits, and that buffer ends
 // the wait (a held lock would block the announce until the wait timed out).
