@@ -4,28 +4,8 @@
 
 #include "abi/layout_from_c.h"
 
-static const size_t kLayoutFromC[] = {
-    sizeof(SystemRecord),
-    sizeof(CameraRecord),
-    sizeof(CameraSlot),
-    sizeof(FormatDescriptor),
-    sizeof(ParameterEntry),
-    offsetof(SystemRecord, tCam),
-    offsetof(SystemRecord, tSlot),
-    offsetof(SystemRecord, pfnAcqFinished),
-    offsetof(SystemRecord, pszCamSelection),
-    offsetof(CameraRecord, tParam),
-    offsetof(CameraRecord, iCamNum),
-    offsetof(CameraSlot, pCamera),
-    offsetof(CamImage, ptLiveBuffer),
-    offsetof(CamImage, iAoiBottom),
-    offsetof(CameraInfo, iCamId),
-    offsetof(CameraInfo, ptHostView),
-    offsetof(PlaneInfo, iFirstRow),
-    offsetof(LiveBuffer, iStride),
-    offsetof(HostDisplay, yNewLiveFrame),
-    offsetof(HostView, yColourDisplay),
-};
+#define TAVRO_AS_ELEMENT(value) value,
+static const size_t kLayoutFromC[] = {TAVRO_LAYOUT_ITEMS(TAVRO_AS_ELEMENT)};
 
 size_t TavroLayoutFromC(size_t* values, size_t capacity) {
   size_t count = sizeof kLayoutFromC / sizeof kLayoutFromC[0];

@@ -1,0 +1,27 @@
+// The acquisition work behind the entry points, on the host's records and
+// the acquisition table: a single image, live acquisition, and waiting for
+// an acquisition. The entry points have checked the record, the image and
+// the camera number, and set the status word to 0.
+#pragma once
+
+#include <cstdint>
+
+#include "tavro/tavro_host.h"
+
+namespace tavro::camera {
+
+// The single-image sequence for attached camera `number`: 0, -1 or the
+// result of the wait when `wait` is set.
+int32_t AcquireSequence(CamImage* image, uint32_t wait, uint32_t userValue, uint32_t* status,
+                        SystemRecord* system, int32_t number);
+
+// Starts (start non-zero) or stops live acquisition into the image.
+int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
+                    SystemRecord* system);
+
+// Waits for camera `number`'s acquisition into the image and delivers it;
+// the two values have no effect.
+int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t value1, uint32_t value2,
+                           uint32_t* status, SystemRecord* system);
+
+}  // namespace tavro::camera
