@@ -2,17 +2,10 @@
 
 #include "diagnostics/debug_output.h"
 #include "host_interface/camera_lookup.h"
-#include "host_interface/record_values.h"
 #include "host_interface/result.h"
 #include "host_interface/slot_camera.h"
 
 namespace tavro::lifecycle {
-namespace {
-
-constexpr double kAttachExposure = 10.0;
-
-}  // namespace
-
 int32_t DetachCamera(SystemRecord* system, int32_t number) {
   if (system == nullptr || !host_interface::IsAttached(*system, number)) {
     return host_interface::kFailure;
@@ -46,22 +39,6 @@ int32_t _kxTavroReattachAndInit(SystemRecord* system, int32_t number) {
   // Listing the cameras again and opening one by its key are not built yet:
   // no camera can be found, which is a failed re-attach.
   return host_interface::kFailure;
-}
-
-void MarkCameraAttached(SystemRecord& system, int32_t number, bool colour, int32_t widthMax,
-                        int32_t heightMax) {
-  CameraRecord& record = system.tCam[number];
-  CameraSlot& slot = system.tSlot[number];
-  record.yColour = colour ? 1 : 0;
-  slot.yColour = record.yColour;
-  record.iWidthMax = widthMax;
-  record.iHeightMax = heightMax;
-  slot.yAttached = 1;
-  record.yEnabled = 1;
-  slot.dExposure = kAttachExposure;
-  host_interface::WriteSlotHostValues(slot);
-  record.iCamNum = number;
-  system.aiCamIndex[number] = number;
 }
 
 }  // namespace tavro::lifecycle

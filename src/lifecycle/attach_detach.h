@@ -24,9 +24,4 @@ int32_t AttachCamera(SystemRecord* system, int32_t number);
 // attached. 0 once the camera is open and the slot attached, else -1.
 int32_t _kxTavroReattachAndInit(SystemRecord* system, int32_t number);
 
-// The record and slot values of a camera that has just been attached, its
-// camera object already in the slot.
-void MarkCameraAttached(SystemRecord& system, int32_t number, bool colour, int32_t widthMax,
-                        int32_t heightMax);
-
 }  // namespace tavro::lifecycle

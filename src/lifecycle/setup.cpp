@@ -1,12 +1,13 @@
 #include "lifecycle/setup.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <mutex>
 #include <vector>
 
 #include "host_interface/acquisition_table.h"
-#include "host_interface/record_values.h"
 #include "host_interface/result.h"
 
 namespace tavro::lifecycle {
@@ -17,6 +18,9 @@ using host_interface::EventHandle;
 constexpr int32_t kSetupWidthMax = 640;
 constexpr int32_t kSetupHeightMax = 480;
 constexpr double kSetupExposure = -1.0;
+// Host values the plug-in writes but never reads.
+constexpr std::array<double, 5> kSlotHostValues = {1.0, 0.0, 0.0, 1.0, 4.0};
+constexpr int64_t kSlotHostValue136 = -1;
 
 // Events of an earlier setup that no teardown closed. A camera object of
 // that setup may still hold one and signal it from its worker, so they are
@@ -44,7 +48,8 @@ void ResetSlot(CameraSlot& slot) {
   slot.yAttached = 0;
   slot.yReapply = 1;
   slot.dExposure = kSetupExposure;
-  host_interface::WriteSlotHostValues(slot);
+  std::copy(kSlotHostValues.begin(), kSlotHostValues.end(), slot.adHostValues);
+  slot.iHostValue136 = kSlotHostValue136;
   slot.yColour = 0;
   slot.yLive = 0;
   // Overwritten, not destroyed: the host hands in records whose pointer may

@@ -65,28 +65,6 @@ TEST(AttachDetach, DetachDropsTheCameraObjectButKeepsItsIdentity) {
   EXPECT_EQ(system.iLiveCamNum, 0);
 }
 
-TEST(AttachDetach, AttachMarkingSetsRecordSlotAndMap) {
-  HostRecords host;
-  SystemRecord& system = *host.system;
-  system.tSlot[4].yReapply = 0;
-  lifecycle::MarkCameraAttached(system, 4, true, 1936, 1216);
-  const CameraRecord& record = system.tCam[4];
-  const CameraSlot& slot = system.tSlot[4];
-  EXPECT_EQ(record.yColour, 1u);
-  EXPECT_EQ(slot.yColour, 1u);
-  EXPECT_EQ(record.iWidthMax, 1936);
-  EXPECT_EQ(record.iHeightMax, 1216);
-  EXPECT_EQ(slot.yAttached, 1u);
-  EXPECT_EQ(record.yEnabled, 1u);
-  EXPECT_EQ(slot.dExposure, 10.0);
-  const double expected[] = {1.0, 0.0, 0.0, 1.0, 4.0};
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(slot.adHostValues[i], expected[i]) << i;
-  EXPECT_EQ(slot.iHostValue136, -1);
-  EXPECT_EQ(record.iCamNum, 4);
-  EXPECT_EQ(system.aiCamIndex[4], 4);
-  EXPECT_EQ(slot.yReapply, 0u) << "only re-attach asks for the parameters again";
-}
-
 TEST(Teardown, DetachesOpenedCamerasClosesEventsAndKeepsTheMap) {
   HostRecords host;
   SystemRecord& system = *host.system;
@@ -123,12 +101,6 @@ TEST(Teardown, DetachesOpenedCamerasClosesEventsAndKeepsTheMap) {
   // A camera count beyond the table reaches no slot outside it.
   system.iNumCams = 1000;
   EXPECT_EQ(kxTavroTearDown(&system), 0);
-}
-
-TEST(Teardown, NullRecordSaysSoOnStandardOutput) {
-  CaptureStdout();
-  EXPECT_EQ(kxTavroTearDown(nullptr), -1);
-  EXPECT_EQ(GetCapturedStdout(), "kxTavroTearDown sent NULL pointer\n");
 }
 
 }  // namespace

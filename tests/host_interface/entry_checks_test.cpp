@@ -5,154 +5,123 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
+#include <stdexcept>
+#include <utility>
 #include <vector>
 
+#include "host_interface/entry_guard.h"
 #include "host_records.h"
 
 namespace tavro::testing {
 namespace {
 
-struct Outcome {
-  int32_t result;
-  uint32_t status;
-  bool operator==(const Outcome&) const = default;
+enum class Live { kNone, kThisImage, kOtherImage };
+
+// How the records differ from an attached, idle camera 5 reached from id 2.
+struct Knobs {
+  const char* what;
+  bool noRecord = false, wrongMagic = false, noImage = false, noCameraObject = false;
+  int16_t id = 2;
+  int32_t mapEntry = 5;
+  bool attached = true, acquiring = false;
+  Live live = Live::kNone;
 };
 
-void PrintTo(const Outcome& outcome, std::ostream* os) {
-  *os << "{" << outcome.result << ", 0x" << std::hex << outcome.status << "}";
-}
-
+// An answer: -1 with these status bits, or one of the two below.
+constexpr int64_t kReachesWork = -1;  // -1 with the status word 0
+constexpr int64_t kAnswersZero = -2;  // 0 with the status word 0
 constexpr uint32_t kUntouched = 0xEEEEu;
-constexpr Outcome kReachesWork{-1, 0};
-
-struct Call {
-  SystemRecord* system;
-  CamImage* image;
-};
 
 struct Row {
-  const char* what;
-  std::function<void(HostRecords&, Call&)> arrange;
-  Outcome acquire, live, wait, status;
-  uint32_t acqStatus;  // value written by the status query, or kUntouched
+  Knobs knobs;
+  int64_t acquire, live, wait, status;
+  uint32_t acqStatus;  // the status query's value
 };
 
-Outcome Fail(uint32_t bits) {
-  return {-1, bits};
+int64_t Answer(int32_t result, uint32_t status) {
+  if (result == 0 && status == 0) return kAnswersZero;
+  if (result == -1 && status == 0) return kReachesWork;
+  return result == -1 ? int64_t{status} : 1000 + result;
 }
 
 TEST(EntryChecks, EachCheckAnswersWithItsBitInOrder) {
-  constexpr int16_t kId = 2;
-  constexpr int32_t kCamera = 5;
-  const Outcome noCamera = Fail(ACQERR_NO_CAMERA);
-  const Outcome statusFails = Fail(ACQERR_NO_IMAGE);
+  constexpr int64_t kSystem = ACQERR_NO_SYSTEM, kImage = ACQERR_NO_IMAGE,
+                    kCamera = ACQERR_NO_CAMERA, kLive = ACQERR_LIVE_RUNNING;
   const std::vector<Row> rows = {
-      {"no record", [](HostRecords&, Call& c) { c.system = nullptr; }, Fail(ACQERR_NO_SYSTEM),
-       Fail(ACQERR_NO_SYSTEM), Fail(ACQERR_NO_SYSTEM), statusFails, kUntouched},
-      {"wrong magic", [](HostRecords& h, Call&) { h.system->lMagic = TAVRO_IMAGE_MAGIC; },
-       Fail(ACQERR_NO_SYSTEM), Fail(ACQERR_NO_SYSTEM), Fail(ACQERR_NO_SYSTEM), statusFails,
+      {{.what = "no record", .noRecord = true}, kSystem, kSystem, kSystem, kImage, kUntouched},
+      {{.what = "wrong magic", .wrongMagic = true}, kSystem, kSystem, kSystem, kImage, kUntouched},
+      {{.what = "no image", .noImage = true}, kImage, kImage, kAnswersZero, kImage, kUntouched},
+      {{.what = "id 16", .id = 16}, kCamera, kCamera, kCamera, kImage, kUntouched},
+      {{.what = "id -1", .id = -1}, kCamera, kCamera, kCamera, kImage, kUntouched},
+      {{.what = "map entry -1", .mapEntry = -1}, kCamera, kCamera, kCamera, kImage, kUntouched},
+      {{.what = "map entry 16", .mapEntry = 16}, kCamera, kCamera, kCamera, kImage, kUntouched},
+      {{.what = "no camera object", .noCameraObject = true},
+       kCamera,
+       kCamera,
+       kCamera,
+       kImage,
        kUntouched},
-      {"no image",
-       [](HostRecords&, Call& c) { c.image = nullptr; },
-       Fail(ACQERR_NO_IMAGE),
-       Fail(ACQERR_NO_IMAGE),
-       {0, 0},
-       statusFails,
-       kUntouched},
-      {"id 16", [](HostRecords& h, Call&) { h.info.iCamId = 16; }, noCamera, noCamera, noCamera,
-       statusFails, kUntouched},
-      {"id -1", [](HostRecords& h, Call&) { h.info.iCamId = -1; }, noCamera, noCamera, noCamera,
-       statusFails, kUntouched},
-      {"map entry -1", [](HostRecords& h, Call&) { h.system->aiCamIndex[kId] = -1; }, noCamera,
-       noCamera, noCamera, statusFails, kUntouched},
-      {"map entry 16", [](HostRecords& h, Call&) { h.system->aiCamIndex[kId] = 16; }, noCamera,
-       noCamera, noCamera, statusFails, kUntouched},
-      {"image without camera object", [](HostRecords& h, Call&) { h.image.ptCamera = nullptr; },
-       noCamera, noCamera, noCamera, statusFails, kUntouched},
       // Acquire re-attaches (and cannot yet); live leaves that test to its work.
-      {"detached", [](HostRecords& h, Call&) { h.system->tSlot[kCamera].yAttached = 0; }, noCamera,
-       kReachesWork, noCamera, statusFails, kUntouched},
-      {"attached, idle",
-       [](HostRecords&, Call&) {},
+      {{.what = "detached", .attached = false}, kCamera, kReachesWork, kCamera, kImage, kUntouched},
+      {{.what = "idle"}, kReachesWork, kReachesWork, kReachesWork, kAnswersZero, ACQSTATUS_IDLE},
+      {{.what = "acquiring", .acquiring = true},
        kReachesWork,
        kReachesWork,
        kReachesWork,
-       {0, 0},
-       ACQSTATUS_IDLE},
-      {"attached, acquiring",
-       [](HostRecords&, Call&) { host_interface::tTavroCamAcq[kCamera].yAcquiring = 1; },
-       kReachesWork,
-       kReachesWork,
-       kReachesWork,
-       {0, 0},
+       kAnswersZero,
        ACQSTATUS_ACQUIRING},
-      {"live on this image",
-       [](HostRecords& h, Call&) {
-         h.system->yLive = 1;
-         h.system->ptLiveImage = &h.image;
-       },
+      {{.what = "live here", .live = Live::kThisImage},
        kReachesWork,
-       Fail(ACQERR_LIVE_RUNNING),
-       Fail(ACQERR_LIVE_RUNNING),
-       {0, 0},
+       kLive,
+       kLive,
+       kAnswersZero,
        ACQSTATUS_LIVE},
       // The live image answers before its camera is looked up, except in live.
-      {"live on this image, no camera",
-       [](HostRecords& h, Call&) {
-         h.system->yLive = 1;
-         h.system->ptLiveImage = &h.image;
-         h.info.iCamId = 16;
-       },
-       noCamera,
-       noCamera,
-       Fail(ACQERR_LIVE_RUNNING),
-       {0, 0},
+      {{.what = "live here, no camera", .id = 16, .live = Live::kThisImage},
+       kCamera,
+       kCamera,
+       kLive,
+       kAnswersZero,
        ACQSTATUS_LIVE},
-      {"live on another image",
-       [](HostRecords& h, Call&) {
-         h.system->yLive = 1;
-         h.system->ptLiveImage = nullptr;
-       },
+      {{.what = "live elsewhere", .live = Live::kOtherImage},
        kReachesWork,
-       Fail(ACQERR_LIVE_RUNNING),
+       kLive,
        kReachesWork,
-       {0, 0},
+       kAnswersZero,
        ACQSTATUS_IDLE},
   };
 
   for (const Row& row : rows) {
-    SCOPED_TRACE(row.what);
+    const Knobs& k = row.knobs;
+    SCOPED_TRACE(k.what);
     HostRecords host;
-    host.Attach(kCamera, "M1", false, kId);
-    Call call{host.system.get(), &host.image};
-    row.arrange(host, call);
+    host.Attach(5, "M1", false, 2);
+    SystemRecord* system = k.noRecord ? nullptr : host.system.get();
+    CamImage* image = k.noImage ? nullptr : &host.image;
+    if (k.wrongMagic) host.system->lMagic = TAVRO_IMAGE_MAGIC;
+    if (k.noCameraObject) host.image.ptCamera = nullptr;
+    host.info.iCamId = k.id;
+    host.system->aiCamIndex[2] = k.mapEntry;
+    host.system->tSlot[5].yAttached = k.attached ? 1 : 0;
+    host_interface::tTavroCamAcq[5].yAcquiring = k.acquiring ? 1 : 0;
+    host.system->yLive = k.live == Live::kNone ? 0 : 1;
+    host.system->ptLiveImage = k.live == Live::kThisImage ? &host.image : nullptr;
 
+    // Each call starts from a status word the entry point must clear.
     uint32_t status = 0xFFFFFFFFu;
-    Outcome outcome{kxTavroAcquire(call.image, 1, 7, &status, call.system), status};
-    EXPECT_EQ(outcome, row.acquire) << "acquire";
-    status = 0xFFFFFFFFu;
-    outcome = {kxTavroLiveAcquire(call.image, 1, 7, &status, call.system), status};
-    EXPECT_EQ(outcome, row.live) << "live start";
-    status = 0xFFFFFFFFu;
-    outcome = {kxTavroWaitAcquire(call.image, 0, 3, &status, call.system), status};
-    EXPECT_EQ(outcome, row.wait) << "wait";
-    status = 0xFFFFFFFFu;
-    uint32_t acqStatus = kUntouched;
-    outcome = {kxTavroAcquireStatus(call.image, &acqStatus, &status, call.system), status};
-    EXPECT_EQ(outcome, row.status) << "status";
-    EXPECT_EQ(acqStatus, row.acqStatus) << "status value";
+    auto answer = [&status](int32_t result) { return Answer(result, std::exchange(status, ~0u)); };
+    EXPECT_EQ(answer(kxTavroAcquire(image, 1, 7, &status, system)), row.acquire);
+    EXPECT_EQ(answer(kxTavroLiveAcquire(image, 1, 7, &status, system)), row.live);
+    EXPECT_EQ(answer(kxTavroWaitAcquire(image, 0, 3, &status, system)), row.wait);
+    uint32_t value = kUntouched;
+    EXPECT_EQ(answer(kxTavroAcquireStatus(image, &value, &status, system)), row.status);
+    EXPECT_EQ(value, row.acqStatus);
+    if (k.live == Live::kThisImage) {
+      EXPECT_EQ(answer(kxTavroLiveAcquire(image, 0, 7, &status, system)),
+                k.id == 2 ? kReachesWork : int64_t{ACQERR_NO_CAMERA})
+          << "a live stop passes";
+    }
   }
-}
-
-TEST(EntryChecks, LiveStopPassesWhileLiveRuns) {
-  HostRecords host;
-  host.Attach(0, "M1", false, 0);
-  host.system->yLive = 1;
-  host.system->ptLiveImage = &host.image;
-  uint32_t status = 0xFFFFFFFFu;
-  const Outcome stop{kxTavroLiveAcquire(&host.image, 0, 7, &status, host.system.get()), status};
-  EXPECT_EQ(stop, kReachesWork);
 }
 
 TEST(EntryChecks, NullResultPointersFailWithoutBeingWritten) {
@@ -170,11 +139,23 @@ TEST(EntryChecks, NullResultPointersFailWithoutBeingWritten) {
   EXPECT_EQ(status, ACQERR_NO_IMAGE);
 
   int width = 0;
+  EXPECT_EQ(kxTavroSetup(0, nullptr, &width, &width, nullptr), -1);
   EXPECT_EQ(kxTavroSetup(0, nullptr, &width, nullptr, system), -1);
   EXPECT_EQ(kxTavroSetup(0, nullptr, nullptr, &width, system), -1);
   EXPECT_EQ(system->lMagic, TAVRO_SYSTEM_MAGIC) << "a refused setup writes nothing";
   EXPECT_EQ(_kxTavroOrder(system, nullptr), 0);
+  EXPECT_EQ(_kxTavroOrder(nullptr, nullptr), 0);
   EXPECT_EQ(system->tSlot[0].yAttached, 1u);
+}
+
+TEST(EntryChecks, NoExceptionLeavesAnEntryPoint) {
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(host_interface::RunGuarded("kxTavroAcquire", -1,
+                                       []() -> int32_t { throw std::runtime_error("boom"); }),
+            -1);
+  EXPECT_EQ(host_interface::RunGuarded("_kxTavroOrder", 0, []() -> int32_t { throw 42; }), 0);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "kxTavroAcquire: boom\n_kxTavroOrder: unknown exception\n");
 }
 
 }  // namespace

@@ -46,22 +46,5 @@ TEST(Setup, EventsOfAnEarlierSetupStayUsable) {
   EXPECT_TRUE(earlier->WaitFor(milliseconds(0)));
 }
 
-TEST(Setup, SelectionIsCopiedOnlyWhenNotEmpty) {
-  HostRecords host;
-  SystemRecord& system = *host.system;
-  std::string text = "M1-Left;M2";
-  lifecycle::ReplaceCameraSelection(system, text.c_str());
-  ASSERT_NE(system.pszCamSelection, nullptr);
-  EXPECT_NE(system.pszCamSelection, text.c_str());
-  text[0] = 'X';
-  EXPECT_STREQ(system.pszCamSelection, "M1-Left;M2");
-
-  lifecycle::ReplaceCameraSelection(system, "");
-  EXPECT_EQ(system.pszCamSelection, nullptr);
-  lifecycle::ReplaceCameraSelection(system, "M3");
-  lifecycle::ReplaceCameraSelection(system, nullptr);
-  EXPECT_EQ(system.pszCamSelection, nullptr);
-}
-
 }  // namespace
 }  // namespace tavro::testing
