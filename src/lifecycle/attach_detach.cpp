@@ -1,11 +1,22 @@
 #include "lifecycle/attach_detach.h"
 
+#include <memory>
+
 #include "diagnostics/debug_output.h"
 #include "host_interface/camera_lookup.h"
 #include "host_interface/result.h"
 #include "host_interface/slot_camera.h"
+#include "lifecycle/camera_list.h"
+#include "lifecycle/open_camera.h"
+#include "parameters/discovery.h"
 
 namespace tavro::lifecycle {
+namespace {
+
+constexpr int32_t kStrobeDuration = 5000;
+
+}  // namespace
+
 int32_t DetachCamera(SystemRecord* system, int32_t number) {
   if (system == nullptr || !host_interface::IsAttached(*system, number)) {
     return host_interface::kFailure;
@@ -34,11 +45,34 @@ int32_t AttachCamera(SystemRecord* system, int32_t number) {
 }
 
 int32_t _kxTavroReattachAndInit(SystemRecord* system, int32_t number) {
-  (void)system;
-  (void)number;
-  // Listing the cameras again and opening one by its key are not built yet:
-  // no camera can be found, which is a failed re-attach.
-  return host_interface::kFailure;
+  diagnostics::StdoutLine("_kxTavroReattachAndInit: Number of cameras at startup = ",
+                          system->iNumCams);
+  // Listed again with the last setup's selection: a camera it does not
+  // admit cannot come back.
+  if (MakeListOfAllCameras(system->pszCamSelection) < 1) return host_interface::kFailure;
+  auto camera = std::make_unique<camera::OxelCamera>();
+  if (BindCamera(camera.get(), system->tCam[number].szCamKey) < 0 || !OpenCamera(*camera)) {
+    return host_interface::kFailure;
+  }
+  camera::OxelCamera& opened = *camera;
+  CameraSlot& slot = system->tSlot[number];
+  host_interface::AdoptCamera(slot, std::move(camera));
+
+  // The table, formats and key stay as setup's discovery wrote them; only
+  // the new object's cached ranges are filled.
+  parameters::DisableAutoFeatures(opened);
+  opened.DiscoverGain();
+  opened.DiscoverBlackLevel();
+  opened.DiscoverThroughputLimit();
+  opened.widthMax = opened.ReadWidthMax();
+  opened.heightMax = opened.ReadHeightMax();
+  parameters::MarkCameraAttached(*system, number);
+  if (system->pszCamSelection == nullptr || system->pszCamSelection[0] == '\0') {
+    opened.EnableStrobe(true, 0, kStrobeDuration);
+  }
+  slot.yReapply = 1;
+  slot.yLive = 0;
+  return host_interface::kSuccess;
 }
 
 }  // namespace tavro::lifecycle

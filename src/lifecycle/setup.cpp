@@ -7,8 +7,15 @@
 #include <mutex>
 #include <vector>
 
+#include "camera/oxel_camera.h"
+#include "diagnostics/debug_output.h"
 #include "host_interface/acquisition_table.h"
 #include "host_interface/result.h"
+#include "host_interface/slot_camera.h"
+#include "lifecycle/camera_list.h"
+#include "lifecycle/open_camera.h"
+#include "oxel/core/library.h"
+#include "parameters/discovery.h"
 
 namespace tavro::lifecycle {
 namespace {
@@ -52,9 +59,24 @@ void ResetSlot(CameraSlot& slot) {
   slot.iHostValue136 = kSlotHostValue136;
   slot.yColour = 0;
   slot.yLive = 0;
-  // Overwritten, not destroyed: the host hands in records whose pointer may
-  // be anything, and a camera of an earlier setup stays with that setup.
+  // Overwritten: the plug-in's own cameras were released before, anything
+  // else here is bytes of the host's.
   slot.pCamera = nullptr;
+}
+
+// Cameras of an earlier setup that no teardown released: left in place
+// they would stay open, and an open camera is no longer listed.
+void ReleaseEarlierCameras(SystemRecord& system) {
+  for (CameraSlot& slot : system.tSlot) {
+    if (host_interface::HoldsOwnedCamera(slot)) host_interface::TakeCamera(slot).reset();
+  }
+}
+
+// Keys longer than the record's field are cut after 62 characters.
+void CopyCameraKey(CameraRecord& record, const char* key) {
+  const size_t length = std::min(std::strlen(key), sizeof record.szCamKey - 1);
+  std::memcpy(record.szCamKey, key, length);
+  record.szCamKey[length] = '\0';
 }
 
 }  // namespace
@@ -99,15 +121,45 @@ void ReplaceCameraSelection(SystemRecord& system, const char* selection) {
 }
 
 int32_t SetupCameras(SystemRecord* system, const char* selection, int* widest, int* highest) {
+  ReleaseEarlierCameras(*system);
   ResetCameraRecords(*system);
   ResetAcquisitionTable(system);
-  // Starting the camera library belongs here, before the selection copy.
+  oxel::Library::Initialize();
   ReplaceCameraSelection(*system, selection);
-  // Listing and opening the cameras are not built yet, so no camera can be
-  // listed: setup fails the way it does when none is connected.
-  (void)widest;
-  (void)highest;
-  return host_interface::kFailure;
+
+  int32_t count = MakeListOfAllCameras(selection);
+  if (count < 1) {
+    diagnostics::DebugPrintf("No Tavro cameras connected\n");
+    diagnostics::FlushStdout();
+    return host_interface::kFailure;
+  }
+  diagnostics::StdoutLine("The number of Oxel cameras connected = ", count);
+  if (count > host_interface::kMaxCameras) {
+    diagnostics::DebugPrintf("# of Tavro cameras reduced from %d to %d\n", count,
+                             host_interface::kMaxCameras);
+    diagnostics::FlushStdout();
+    count = host_interface::kMaxCameras;
+  }
+
+  // A camera that cannot be bound or opened gives its number to the next.
+  int32_t opened = 0;
+  int32_t widestSeen = 0;
+  int32_t highestSeen = 0;
+  for (int32_t i = 0; i < count; ++i) {
+    auto camera = std::make_unique<camera::OxelCamera>();
+    const CameraKey key = GetListedCameraKey(i);
+    if (!key || BindCamera(camera.get(), key.get()) < 0 || !OpenCamera(*camera)) continue;
+    host_interface::AdoptCamera(system->tSlot[opened], std::move(camera));
+    CopyCameraKey(system->tCam[opened], key.get());
+    parameters::DiscoverParameters(*system, opened);
+    widestSeen = std::max(widestSeen, system->tCam[opened].iWidthMax);
+    highestSeen = std::max(highestSeen, system->tCam[opened].iHeightMax);
+    ++opened;
+  }
+  system->iNumCams = opened;
+  *widest = widestSeen;
+  *highest = highestSeen;
+  return host_interface::kSuccess;
 }
 
 }  // namespace tavro::lifecycle

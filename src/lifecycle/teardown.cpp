@@ -3,7 +3,10 @@
 #include "host_interface/acquisition_table.h"
 #include "host_interface/result.h"
 #include "lifecycle/attach_detach.h"
+#include "lifecycle/camera_list.h"
 #include "lifecycle/setup.h"
+#include "oxel/core/device_manager.h"
+#include "oxel/core/library.h"
 
 namespace tavro::lifecycle {
 
@@ -20,8 +23,12 @@ int32_t TearDown(SystemRecord& system) {
     system.tSlot[n].yAttached = 0;
   }
   FreeCameraSelection(system);
-  // Closing the camera library and resetting the device manager belong
-  // here; neither is started yet.
+  ReleaseCameraLists();
+  // Built now if no setup built it; throws when the library never started.
+  oxel::core::DeviceManager& manager = oxel::core::DeviceManager::Instance();
+  oxel::Library::Close();
+  // Another user of the library keeps it, and the manager's lists with it.
+  if (!oxel::Library::IsInitialized()) manager.Reset(true);
   return host_interface::kSuccess;
 }
 

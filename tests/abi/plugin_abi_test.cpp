@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <set>
 #include <string>
@@ -106,9 +107,14 @@ TEST(PluginAbi, SetupWritesTheInitialValuesAndNothingElse) {
   std::memcpy(record.bytes.data(), "H8)0", 4);  // a magic left from an earlier setup
   int width = -7;
   int height = -7;
-  // No camera can be listed yet, so setup fails after bringing the records
-  // to their initial state, and leaves the sizes alone.
+  // With no producer to find cameras through, setup fails after bringing
+  // the records to their initial state, and leaves the sizes alone.
+  const std::string producers = std::getenv("GENICAM_GENTL64_PATH");
+  setenv("GENICAM_GENTL64_PATH", "/nonexistent/tavro-producers", 1);
+  CaptureStdout();
   EXPECT_EQ(Entry<PFN_kxTavroSetup>("kxTavroSetup")(0, "", &width, &height, record.get()), -1);
+  EXPECT_EQ(GetCapturedStdout(), "No Tavro cameras connected\n");
+  setenv("GENICAM_GENTL64_PATH", producers.c_str(), 1);
   EXPECT_EQ(width + height, -14);
 
   // The magic, the camera count, live flag, image and number, the selection.

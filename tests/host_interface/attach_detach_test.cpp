@@ -5,6 +5,7 @@
 
 #include "host_records.h"
 #include "lifecycle/attach_detach.h"
+#include "oxel/core/library.h"
 
 namespace tavro::testing {
 namespace {
@@ -79,9 +80,12 @@ TEST(Teardown, DetachesOpenedCamerasClosesEventsAndKeepsTheMap) {
     entry.ptCamImage = &host.image;
   }
 
+  // Teardown ends by closing the camera library, which must be started.
+  oxel::Library::Initialize();
   CaptureStdout();
   EXPECT_EQ(kxTavroTearDown(&system), 0);
   EXPECT_EQ(GetCapturedStdout(), kDetachLine + kDetachLine);
+  EXPECT_FALSE(oxel::Library::IsInitialized());
 
   for (int32_t n = 0; n < TAVRO_MAX_CAMERAS; ++n) {
     EXPECT_EQ(system.tSlot[n].yAttached, 0u) << n;
@@ -100,6 +104,7 @@ TEST(Teardown, DetachesOpenedCamerasClosesEventsAndKeepsTheMap) {
 
   // A camera count beyond the table reaches no slot outside it.
   system.iNumCams = 1000;
+  oxel::Library::Initialize();
   EXPECT_EQ(kxTavroTearDown(&system), 0);
 }
 

@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "host_records.h"
+#include "oxel/core/device_manager.h"
+#include "oxel/core/library.h"
 
 namespace tavro::testing {
 namespace {
@@ -22,6 +24,7 @@ struct Expected {
   std::array<uint32_t, 3> attached;  // slots 0 to 2 afterwards
   bool remapped;                     // aiCamIndex taken from the wanted records
   int detachLines;
+  bool reattachTried = false;  // announces itself before it looks for the camera
 };
 
 struct Row {
@@ -64,7 +67,7 @@ TEST(CameraOrder, AppliesOnlyAFittingConfiguration) {
          Want(w, 2, "M3", 2);
          Want(w, 0, "M1", 0);
        },
-       {{1, 0, 0}, false, 1}},
+       {{1, 0, 0}, false, 1, true}},
       {"live image unusable",
        [](HostRecords& h, Wanted&) {
          h.system->yLive = 1;
@@ -81,6 +84,8 @@ TEST(CameraOrder, AppliesOnlyAFittingConfiguration) {
        [](HostRecords&, Wanted&) { host_interface::tTavroCamAcq[1].yAcquiring = 1; }, unchanged},
   };
 
+  // Re-attach looks for the camera among the listed cameras.
+  oxel::Library::Initialize();
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
     HostRecords host;
@@ -98,6 +103,12 @@ TEST(CameraOrder, AppliesOnlyAFittingConfiguration) {
     std::string detachLines;
     for (int i = 0; i < row.expected.detachLines; ++i)
       detachLines += "_kxDetachTavroCamera() called\n";
+    if (row.expected.reattachTried) {
+      // A camera object is made before its key is looked for.
+      detachLines +=
+          "_kxTavroReattachAndInit: Number of cameras at startup = 0\n"
+          "Acquire thread started.\n";
+    }
     EXPECT_EQ(out, detachLines);
     for (int32_t n = 0; n < 3; ++n) {
       EXPECT_EQ(host.system->tSlot[n].yAttached, row.expected.attached[n]) << "slot " << n;
@@ -107,6 +118,8 @@ TEST(CameraOrder, AppliesOnlyAFittingConfiguration) {
       EXPECT_EQ(host.system->aiCamIndex[i], expected) << "id " << i;
     }
   }
+  oxel::Library::Close();
+  oxel::core::DeviceManager::Instance().Reset(true);
 }
 
 TEST(CameraOrder, UnusableImagesAreForgotten) {

@@ -11,6 +11,8 @@
 
 #include "host_interface/entry_guard.h"
 #include "host_records.h"
+#include "oxel/core/device_manager.h"
+#include "oxel/core/library.h"
 
 namespace tavro::testing {
 namespace {
@@ -91,6 +93,8 @@ TEST(EntryChecks, EachCheckAnswersWithItsBitInOrder) {
        ACQSTATUS_IDLE},
   };
 
+  // A detached camera is looked for again among the listed cameras.
+  oxel::Library::Initialize();
   for (const Row& row : rows) {
     const Knobs& k = row.knobs;
     SCOPED_TRACE(k.what);
@@ -122,6 +126,8 @@ TEST(EntryChecks, EachCheckAnswersWithItsBitInOrder) {
           << "a live stop passes";
     }
   }
+  oxel::Library::Close();
+  oxel::core::DeviceManager::Instance().Reset(true);
 }
 
 TEST(EntryChecks, NullResultPointersFailWithoutBeingWritten) {

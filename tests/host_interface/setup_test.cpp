@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <string>
 
 #include "host_records.h"
@@ -22,7 +23,14 @@ TEST(Setup, EveryTableEntryIdleWithASignalledEvent) {
   SystemRecord other{};
   int width = -7;
   int height = -7;
+  // No producer to find cameras through: setup fails after step 3.
+  const char* producers = std::getenv("GENICAM_GENTL64_PATH");
+  const std::string saved = producers != nullptr ? producers : "";
+  setenv("GENICAM_GENTL64_PATH", "/nonexistent/tavro-producers", 1);
+  ::testing::internal::CaptureStdout();
   EXPECT_EQ(kxTavroSetup(0, nullptr, &width, &height, &other), -1);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "No Tavro cameras connected\n");
+  setenv("GENICAM_GENTL64_PATH", saved.c_str(), 1);
   EXPECT_EQ(other.lMagic, 0u);
   EXPECT_EQ(width, -7) << "no camera listed: the sizes are not written";
   for (const auto& entry : host_interface::tTavroCamAcq) {
@@ -33,6 +41,7 @@ TEST(Setup, EveryTableEntryIdleWithASignalledEvent) {
     ASSERT_NE(entry.hEvent, nullptr);
     EXPECT_TRUE(entry.hEvent->WaitFor(milliseconds(0)));
   }
+  EXPECT_EQ(kxTavroTearDown(&other), 0) << "closes the library setup started";
 }
 
 TEST(Setup, EventsOfAnEarlierSetupStayUsable) {

@@ -1,0 +1,92 @@
+// Setup and teardown over and over in one process: every cycle finds the
+// same cameras, a setup repeated without teardown releases the cameras of
+// the first, and teardown closes the camera library it started.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "plugin_session.h"
+
+namespace tavro::testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+class SetupCycles : public PluginSession {};
+
+TEST_F(SetupCycles, EveryCycleFindsTheSameCamerasAndTeardownReleasesThem) {
+  for (int cycle = 0; cycle < 3; ++cycle) {
+    SCOPED_TRACE("cycle " + std::to_string(cycle));
+    ASSERT_EQ(Setup(nullptr), 0);
+    ASSERT_EQ(system->iNumCams, 2);
+    EXPECT_EQ(Key(0), "OX-U3-23C-Left");
+    EXPECT_EQ(Key(1), "OX-U3-13M");
+
+    Output output;
+    EXPECT_EQ(TearDownSystem(&output), 0);
+    EXPECT_EQ(output.out, "_kxDetachTavroCamera() called\n_kxDetachTavroCamera() called\n");
+    for (int n = 0; n < 2; ++n) {
+      EXPECT_EQ(system->tSlot[n].yAttached, 0u);
+      EXPECT_EQ(system->tSlot[n].pCamera, nullptr);
+      EXPECT_EQ(system->tCam[n].yEnabled, 0u);
+    }
+    // What teardown leaves for the host to look at.
+    EXPECT_EQ(system->lMagic, TAVRO_SYSTEM_MAGIC);
+    EXPECT_EQ(system->iNumCams, 2);
+    EXPECT_EQ(system->aiCamIndex[1], 1);
+  }
+}
+
+TEST_F(SetupCycles, SecondSetupWithoutTeardownReleasesTheFirstSetupsCameras) {
+  ASSERT_EQ(Setup("OX-U3-23C-Left;OX-U3-13M"), 0);
+  ASSERT_EQ(system->iNumCams, 2);
+  // Still open, the first setup's cameras would be busy and not listed.
+  Output output;
+  ASSERT_EQ(Setup(nullptr, &output), 0);
+  EXPECT_THAT(output.out, HasSubstr("The number of Oxel cameras connected = 2\n"));
+  EXPECT_EQ(system->iNumCams, 2);
+  EXPECT_EQ(system->pszCamSelection, nullptr);
+
+  // Each setup started the library once: the first teardown leaves it
+  // started, the second closes it.
+  EXPECT_EQ(TearDownSystem(), 0);
+  EXPECT_EQ(TearDownSystem(&output), 0);
+  EXPECT_EQ(output.err, "");
+  EXPECT_EQ(TearDownSystem(&output), -1);
+  EXPECT_THAT(output.err, HasSubstr("NOT_INITIALIZED"));
+}
+
+TEST_F(SetupCycles, TeardownClosesTheLibraryItsSetupStarted) {
+  ASSERT_EQ(Setup(nullptr), 0);
+  EXPECT_EQ(TearDownSystem(), 0);
+  // Nothing is started any more: a second teardown fails in the library's
+  // close, and re-attaching a camera has no library to list cameras with.
+  Output output;
+  EXPECT_EQ(TearDownSystem(&output), -1);
+  EXPECT_THAT(output.err, HasSubstr("NOT_INITIALIZED"));
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(plugin.attach(system.get(), 0), -1);
+  EXPECT_THAT(::testing::internal::GetCapturedStdout(), HasSubstr("Update failed."));
+}
+
+TEST_F(SetupCycles, DetachedCameraIsFoundAgainByItsKey) {
+  ASSERT_EQ(Setup(nullptr), 0);
+  ASSERT_EQ(plugin.detach(system.get(), 1), 0);
+  system->tSlot[1].yReapply = 0;
+  ::testing::internal::CaptureStdout();
+  const int result = plugin.attach(system.get(), 1);
+  const std::string out = ::testing::internal::GetCapturedStdout();
+  ASSERT_EQ(result, 0);
+  EXPECT_EQ(out.substr(0, out.find('\n') + 1),
+            "_kxTavroReattachAndInit: Number of cameras at startup = 2\n");
+  EXPECT_EQ(system->tSlot[1].yAttached, 1u);
+  EXPECT_NE(system->tSlot[1].pCamera, nullptr);
+  EXPECT_EQ(system->tSlot[1].yReapply, 1u);
+  EXPECT_EQ(system->tCam[1].yEnabled, 1u);
+  EXPECT_EQ(system->aiCamIndex[1], 1);
+  EXPECT_EQ(system->tCam[1].iWidthMax, 1280);
+}
+
+}  // namespace
+}  // namespace tavro::testing
