@@ -24,4 +24,10 @@ int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_
 int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t value1, uint32_t value2,
                            uint32_t* status, SystemRecord* system);
 
+// Brings camera `number` to rest and ends its acquisition without a report
+// to the host: 0, or -1 with ACQERR_CAMERA_OP when the camera's worker would
+// not stop. The image has no effect.
+int32_t StopCameraAcquisition(CamImage* image, SystemRecord* system, int32_t number,
+                              uint32_t* status);
+
 }  // namespace tavro::camera

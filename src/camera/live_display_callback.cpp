@@ -1,0 +1,64 @@
+#include "camera/live_display_callback.h"
+
+#include "camera/live_display.h"
+#include "host_interface/acquisition_table.h"
+#include "tavro/tavro_host.h"
+
+namespace tavro::camera {
+namespace {
+
+bool IsLiveImage(const SystemRecord* system, const CamImage* image) {
+  return system != nullptr && system->yLive != 0 && system->ptLiveImage == image;
+}
+
+const PlaneInfo* PlaneOf(const CamImage* image) {
+  return image != nullptr ? image->ptPlane : nullptr;
+}
+
+LivePlane LivePlaneOf(const PlaneInfo* plane) {
+  return plane != nullptr ? LivePlane{plane->pBits, plane->iFirstRow} : LivePlane{};
+}
+
+bool WantsColour(const CamImage& image, const HostView* view) {
+  const CameraInfo* info = image.ptCamera;
+  return view != nullptr && view->yColourDisplay != 0 && info != nullptr &&
+         info->yColourPlanes != 0 && image.qwColourDisplay != 0 && PlaneOf(image.ptRed) &&
+         PlaneOf(image.ptGreen) && PlaneOf(image.ptBlue);
+}
+
+}  // namespace
+
+void LiveDisplayCallback(void* argument) {
+  const auto* entry = static_cast<const host_interface::TavroCamAcq*>(argument);
+  if (entry == nullptr || entry->ptCamImage == nullptr) return;
+  const CamImage& image = *entry->ptCamImage;
+  SystemRecord* system = entry->ptSystem;
+  const PlaneInfo* primary = image.ptPlane;
+  if (!IsLiveImage(system, &image) || primary == nullptr) return;
+
+  const HostView* view = image.ptCamera != nullptr ? image.ptCamera->ptHostView : nullptr;
+  LiveDisplaySource source;
+  source.grey = LivePlaneOf(primary);
+  source.width = primary->iWidth;
+  source.height = primary->iHeight;
+  source.pitch = primary->iPitch;
+  source.widthMax = entry->iWidthMax;
+  source.heightMax = entry->iHeightMax;
+  source.colour = WantsColour(image, view);
+  if (source.colour) {
+    source.red = LivePlaneOf(PlaneOf(image.ptRed));
+    source.green = LivePlaneOf(PlaneOf(image.ptGreen));
+    source.blue = LivePlaneOf(PlaneOf(image.ptBlue));
+  }
+  if (image.ptLiveBuffer != nullptr) {
+    source.display = image.ptLiveBuffer->plPixels;
+    source.displayStride = image.ptLiveBuffer->iStride;
+  }
+  DrawLiveDisplay(source);
+
+  if (IsLiveImage(system, &image) && view != nullptr && view->ptDisplay != nullptr) {
+    view->ptDisplay->yNewLiveFrame = 1;
+  }
+}
+
+}  // namespace tavro::camera
