@@ -18,6 +18,7 @@ inline constexpr int32_t kMaxCameras = TAVRO_MAX_CAMERAS;
 // teardown). Pointer-sized, like the handle it stands for; resetting it
 // closes the event.
 using EventHandle = std::unique_ptr<platform::ManualResetEvent>;
+static_assert(sizeof(EventHandle) == sizeof(void*));
 
 struct TavroCamAcq {
   SystemRecord* ptSystem = nullptr;  // the record given to the last setup
