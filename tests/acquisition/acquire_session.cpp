@@ -92,10 +92,12 @@ void AcquireSession::SetUp() {
 void AcquireSession::TearDown() {
   if (system_) {
     StdoutOf([&] { LoadedPlugin().tearDown(system_.get()); });
+    system_.reset();
   }
 }
 
 void AcquireSession::SetupOn(const SimCamera& camera) {
+  TearDown();  // a test may set up more than once
   camera_ = &camera;
   system_ = std::make_unique<SystemRecord>();
   system_->pfnAcqFinished = RecordFinished;
