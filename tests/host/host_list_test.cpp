@@ -1,0 +1,78 @@
+// tavro-host run as a user runs it: its exit code and what it prints for
+// the bundled simulated cameras, a selection, no camera and bad commands.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+struct HostRun {
+  int exitCode = -1;
+  std::string output;  // standard output and standard error
+};
+
+HostRun RunHost(const std::string& environment, const std::string& arguments) {
+  const std::string command = environment + " " TAVRO_BIN_DIR "/tavro-host " + arguments + " 2>&1";
+  HostRun run;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return run;
+  char buffer[4096];
+  size_t count = 0;
+  while ((count = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.output.append(buffer, count);
+  const int status = pclose(pipe);
+  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return run;
+}
+
+TEST(HostList, CommandsAnswerWithTheirExitCodesAndDescriptions) {
+  // Without GENICAM_GENTL64_PATH the host uses the cameras bundled with it.
+  const std::string bundled = "env -u GENICAM_GENTL64_PATH";
+  struct Case {
+    std::string environment;
+    std::string arguments;
+    int exitCode;
+    std::vector<std::string> present;
+    std::vector<std::string> absent;
+  };
+  const std::vector<Case> cases = {
+      {bundled,
+       "",
+       0,
+       {"2 camera(s) opened, largest image 1936 x 1216",
+        "camera 0: OX-U3-23C-Left\n  formats (1):\n    1936 x 1216 at 0,0  id 0  OX-U3-23C-Left\n",
+        "largest image: 1936 x 1216 colour",
+        "    15 Exposure      current 20, default 20, 20 to 1000000 step 0\n",
+        "     0 Brightness    not supported\n", "camera 1: OX-U3-13M"},
+       {"OX-GE-50M"}},
+      {bundled,
+       "list --select OX-U3-13M",
+       0,
+       {"1 camera(s) opened", "camera 0: OX-U3-13M", "size 32 x 2 to 1280 x 1024 step 4,2"},
+       {"OX-U3-23C"}},
+      {"GENICAM_GENTL64_PATH=/nonexistent/tavro-producers",
+       "list",
+       1,
+       {"No Tavro cameras connected\n", "tavro-host: Setup found no camera\n"},
+       {}},
+      {bundled, "--help", 0, {"usage: tavro-host", "list "}, {"camera 0"}},
+      {bundled, "list --select", 1, {"tavro-host: --select needs a value\n"}, {"camera 0"}},
+      {bundled, "snapshot", 2, {"tavro-host: unknown command snapshot\n", "usage:"}, {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE("tavro-host " + c.arguments + " with " + c.environment);
+    const HostRun run = RunHost(c.environment, c.arguments);
+    EXPECT_EQ(run.exitCode, c.exitCode) << run.output;
+    for (const auto& text : c.present) EXPECT_THAT(run.output, HasSubstr(text));
+    for (const auto& text : c.absent) EXPECT_THAT(run.output, Not(HasSubstr(text)));
+  }
+}
+
+}  // namespace
