@@ -13,6 +13,9 @@ using Arguments = std::vector<std::string>;
 // size and parameter table.
 int RunList(const Arguments& arguments);
 
+// Takes one image from one camera and writes it as a PNG.
+int RunGrab(const Arguments& arguments);
+
 // The value after option `name` at position `index` (which it advances);
 // throws std::runtime_error when it is missing.
 std::string OptionValue(const Arguments& arguments, size_t& index);

@@ -19,6 +19,7 @@ struct Command {
 // One line per sub-command.
 const Command kCommands[] = {
     {"list", "describe every camera setup finds (the default)", RunList},
+    {"grab", "take one image into a PNG file", RunGrab},
 };
 
 void PrintUsage() {

@@ -1,0 +1,270 @@
+// tavro-host grab: one image from one camera into a PNG file, with the
+// host's choices of AOI, exposure, gain, colour planes and trigger.
+#include <dlfcn.h>
+#include <png.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "oxel_sim.h"
+#include "plugin.h"
+#include "records.h"
+
+namespace tavro_host {
+namespace {
+
+// The first bundled simulated camera, whose line 0 a hardware-triggered grab
+// pulses unless told another.
+constexpr const char* kDefaultLine0Camera = "OX23C-21A0417";
+
+struct GrabOptions {
+  std::string selection;
+  int camera = 0;
+  bool aoi = false;
+  int32_t aoiRect[4] = {0, 0, 0, 0};
+  bool exposure = false;
+  int32_t exposureValue = 0;
+  bool gain = false;
+  int32_t gainValue = 0;
+  bool colour = false;
+  bool hardwareTrigger = false;
+  std::string line0Camera = kDefaultLine0Camera;
+  std::string output = "tavro-grab.png";
+};
+
+constexpr const char* kUsage =
+    "usage: tavro-host grab [OPTIONS]\n"
+    "  Sets up the cameras, takes one image from one of them and writes it as a PNG.\n"
+    "  -o PATH             output file (default tavro-grab.png)\n"
+    "  --camera N          camera number (default 0)\n"
+    "  --select TEXT       use only cameras whose key occurs in TEXT\n"
+    "  --aoi L,T,R,B       area of interest, right and bottom exclusive\n"
+    "  --exposure V        exposure in the camera's unit (clamped to its range)\n"
+    "  --gain P            master gain in percent 0 to 100\n"
+    "  --colour            fill the red, green and blue planes: an RGB PNG\n"
+    "  --hw-trigger        trigger on a rising edge of line 0 instead of by software;\n"
+    "                      the simulated camera's line is pulsed after arming\n"
+    "  --line0 ID          simulated camera to pulse (default OX23C-21A0417)\n";
+
+int32_t Number(const std::string& text, const std::string& option) {
+  size_t used = 0;
+  long value = 0;
+  try {
+    value = std::stol(text, &used);
+  } catch (const std::exception&) {
+    used = 0;
+  }
+  if (used != text.size() || value < INT32_MIN || value > INT32_MAX) {
+    throw std::runtime_error(option + ": not a number: " + text);
+  }
+  return static_cast<int32_t>(value);
+}
+
+GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
+  GrabOptions options;
+  for (size_t k = 0; k < arguments.size(); ++k) {
+    const std::string& name = arguments[k];
+    if (name == "--help") {
+      help = true;
+    } else if (name == "-o") {
+      options.output = OptionValue(arguments, k);
+    } else if (name == "--camera") {
+      options.camera = Number(OptionValue(arguments, k), name);
+    } else if (name == "--select") {
+      options.selection = OptionValue(arguments, k);
+    } else if (name == "--aoi") {
+      const std::string value = OptionValue(arguments, k);
+      int used = 0;
+      int32_t* r = options.aoiRect;
+      if (std::sscanf(value.c_str(), "%d,%d,%d,%d%n", &r[0], &r[1], &r[2], &r[3], &used) != 4 ||
+          static_cast<size_t>(used) != value.size()) {
+        throw std::runtime_error("--aoi wants L,T,R,B, got " + value);
+      }
+      options.aoi = true;
+    } else if (name == "--exposure") {
+      options.exposure = true;
+      options.exposureValue = Number(OptionValue(arguments, k), name);
+    } else if (name == "--gain") {
+      options.gain = true;
+      options.gainValue = Number(OptionValue(arguments, k), name);
+    } else if (name == "--colour" || name == "--color") {
+      options.colour = true;
+    } else if (name == "--hw-trigger") {
+      options.hardwareTrigger = true;
+    } else if (name == "--line0") {
+      options.line0Camera = OptionValue(arguments, k);
+    } else {
+      throw std::runtime_error("grab: unknown option " + name);
+    }
+  }
+  return options;
+}
+
+// One 8-bit plane owned by this host.
+struct Plane {
+  PlaneInfo info{};
+  std::vector<uint8_t> memory;
+  CamImage image{};  // the plane image a colour plane is handed in
+
+  Plane(int32_t width, int32_t height)
+      : memory(static_cast<size_t>(width) * static_cast<size_t>(height)) {
+    info.pBits = memory.data();
+    info.iWidth = width;
+    info.iHeight = height;
+    info.iPitch = width;
+    image.ptPlane = &info;
+  }
+};
+
+void SetParameter(CameraRecord& camera, int row, int32_t value, const char* name) {
+  ParameterEntry& entry = camera.tParam[row];
+  if (entry.ySupported == 0) {
+    std::cerr << "tavro-host: this camera has no " << name << "; ignored\n";
+    return;
+  }
+  entry.iCurrent = value;
+}
+
+// The simulator's line 0, reached in the camera library that the plug-in
+// loaded beside this executable.
+void PulseLine0(const std::string& deviceId) {
+  void* library = dlopen((ExecutableDirectory() + "liboxel.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr)
+    throw std::runtime_error(std::string("cannot load liboxel: ") + dlerror());
+  using Pulse = OXEL_RETURN_CODE (*)(const char*);
+  auto pulse = reinterpret_cast<Pulse>(dlsym(library, "OxelSim_PulseLine0"));
+  if (pulse == nullptr) throw std::runtime_error("the camera library has no simulated line 0");
+  if (pulse(deviceId.c_str()) != 0) {
+    throw std::runtime_error("cannot pulse line 0 of simulated camera " + deviceId);
+  }
+}
+
+void WritePng(const std::string& path, int32_t width, int32_t height,
+              const std::vector<const Plane*>& planes) {
+  std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+  if (!file) throw std::runtime_error("cannot write " + path);
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png ? png_create_info_struct(png) : nullptr;
+  if (info == nullptr) throw std::runtime_error("libpng cannot start");
+  if (setjmp(png_jmpbuf(png))) {
+    png_destroy_write_struct(&png, &info);
+    throw std::runtime_error("libpng failed writing " + path);
+  }
+  png_init_io(png, file.get());
+  const bool rgb = planes.size() == 3;
+  png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
+               rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_write_info(png, info);
+  std::vector<png_byte> row(static_cast<size_t>(width) * planes.size());
+  for (int32_t y = 0; y < height; ++y) {
+    for (int32_t x = 0; x < width; ++x) {
+      for (size_t c = 0; c < planes.size(); ++c) {
+        row[x * planes.size() + c] = planes[c]->memory[static_cast<size_t>(y) * width + x];
+      }
+    }
+    png_write_row(png, row.data());
+  }
+  png_write_end(png, nullptr);
+  png_destroy_write_struct(&png, &info);
+}
+
+int32_t LastFinishedUserValue = -1;
+int32_t RecordFinished(CamImage*, uint32_t userValue) {
+  LastFinishedUserValue = static_cast<int32_t>(userValue);
+  return 0;
+}
+
+// Grabs and saves; answers what was saved. The cameras are torn down on
+// return, so the caller's report comes after their messages.
+std::string GrabAndSave(const GrabOptions& options) {
+  const std::string producers = EnsureProducerPath();
+  const Plugin& plugin = LoadPlugin();
+  CameraSystem cameras(plugin, options.selection);
+  SystemRecord& system = cameras.record();
+  if (options.camera < 0 || options.camera >= cameras.cameraCount()) {
+    throw std::runtime_error("no camera " + std::to_string(options.camera) + " (" +
+                             std::to_string(cameras.cameraCount()) + " opened)");
+  }
+  system.pfnAcqFinished = RecordFinished;
+  CameraRecord& camera = system.tCam[options.camera];
+  if (options.exposure)
+    SetParameter(camera, TAVRO_PARAM_EXPOSURE, options.exposureValue, "exposure");
+  if (options.gain) SetParameter(camera, TAVRO_PARAM_MASTER_GAIN, options.gainValue, "gain");
+
+  // The host's planes have the size of the image it asks for.
+  int32_t width = camera.iWidthMax, height = camera.iHeightMax;
+  if (options.aoi) {
+    width = options.aoiRect[2] - options.aoiRect[0];
+    height = options.aoiRect[3] - options.aoiRect[1];
+    if (width <= 0 || height <= 0) throw std::runtime_error("--aoi: empty or inverted area");
+  }
+  CameraInfo info{};
+  info.iCamId = static_cast<int16_t>(options.camera);
+  info.yColourPlanes = options.colour ? 1 : 0;
+  info.yHwTrigger = options.hardwareTrigger ? 1 : 0;
+  Plane grey(width, height), red(width, height), green(width, height), blue(width, height);
+  CamImage image{};
+  image.lMagic = TAVRO_IMAGE_MAGIC;
+  image.ptCamera = &info;
+  image.ptPlane = &grey.info;
+  image.ptRed = &red.image;
+  image.ptGreen = &green.image;
+  image.ptBlue = &blue.image;
+  image.yAoi = options.aoi ? 1 : 0;
+  image.iAoiLeft = options.aoiRect[0];
+  image.iAoiTop = options.aoiRect[1];
+  image.iAoiRight = options.aoiRect[2];
+  image.iAoiBottom = options.aoiRect[3];
+
+  constexpr uint32_t kUserValue = 1;
+  uint32_t status = 0;
+  int32_t result;
+  if (options.hardwareTrigger) {
+    result = plugin.acquire(&image, 0, kUserValue, &status, &system);
+    if (result == 0) {
+      PulseLine0(options.line0Camera);
+      result = plugin.waitAcquire(&image, 0, 0, &status, &system);
+    }
+  } else {
+    result = plugin.acquire(&image, 1, kUserValue, &status, &system);
+  }
+  if (result != 0 || LastFinishedUserValue != static_cast<int32_t>(kUserValue)) {
+    char text[64];
+    std::snprintf(text, sizeof text, "acquisition failed: result %d, status 0x%x", result, status);
+    throw std::runtime_error(text);
+  }
+  if (system.lError != 0) {
+    std::cerr << "tavro-host: some parameter or the AOI could not be applied\n";
+  }
+
+  std::vector<const Plane*> planes = {&grey};
+  if (options.colour) planes = {&red, &green, &blue};
+  WritePng(options.output, width, height, planes);
+  return "Saved a " + std::to_string(width) + " x " + std::to_string(height) +
+         (options.colour ? " RGB" : " grey") + " image from camera " +
+         std::to_string(options.camera) + " (" + camera.szCamKey + ") to " + options.output +
+         "  (producers: " + producers + ")\n";
+}
+
+}  // namespace
+
+int RunGrab(const Arguments& arguments) {
+  bool help = false;
+  const GrabOptions options = ParseOptions(arguments, help);
+  if (help) {
+    std::cout << kUsage;
+    return 0;
+  }
+  const std::string saved = GrabAndSave(options);
+  std::cout << saved;
+  return 0;
+}
+
+}  // namespace tavro_host
