@@ -11,12 +11,6 @@
 #include "parameters/discovery.h"
 
 namespace tavro::lifecycle {
-namespace {
-
-constexpr int32_t kStrobeDuration = 5000;
-
-}  // namespace
-
 int32_t DetachCamera(SystemRecord* system, int32_t number) {
   if (system == nullptr || !host_interface::IsAttached(*system, number)) {
     return host_interface::kFailure;
@@ -68,7 +62,7 @@ int32_t _kxTavroReattachAndInit(SystemRecord* system, int32_t number) {
   opened.heightMax = opened.ReadHeightMax();
   parameters::MarkCameraAttached(*system, number);
   if (system->pszCamSelection == nullptr || system->pszCamSelection[0] == '\0') {
-    opened.EnableStrobe(true, 0, kStrobeDuration);
+    opened.EnableStrobe(true, 0, parameters::kStartupStrobeDuration);
   }
   slot.yReapply = 1;
   slot.yLive = 0;

@@ -1,7 +1,6 @@
 #include "lifecycle/setup.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -25,9 +24,6 @@ using host_interface::EventHandle;
 constexpr int32_t kSetupWidthMax = 640;
 constexpr int32_t kSetupHeightMax = 480;
 constexpr double kSetupExposure = -1.0;
-// Host values the plug-in writes but never reads.
-constexpr std::array<double, 5> kSlotHostValues = {1.0, 0.0, 0.0, 1.0, 4.0};
-constexpr int64_t kSlotHostValue136 = -1;
 
 // Events of an earlier setup that no teardown closed. A camera object of
 // that setup may still hold one and signal it from its worker, so they are
@@ -55,8 +51,7 @@ void ResetSlot(CameraSlot& slot) {
   slot.yAttached = 0;
   slot.yReapply = 1;
   slot.dExposure = kSetupExposure;
-  std::copy(kSlotHostValues.begin(), kSlotHostValues.end(), slot.adHostValues);
-  slot.iHostValue136 = kSlotHostValue136;
+  parameters::WriteSlotHostValues(slot);
   slot.yColour = 0;
   slot.yLive = 0;
   // Overwritten: the plug-in's own cameras were released before, anything

@@ -19,12 +19,10 @@ namespace {
 using diagnostics::StdoutLine;
 
 constexpr double kAttachExposure = 10.0;
-// Host values the plug-in writes at every attach but never reads.
 constexpr std::array<double, 5> kSlotHostValues = {1.0, 0.0, 0.0, 1.0, 4.0};
 constexpr int64_t kSlotHostValue136 = -1;
 constexpr int32_t kBlackLevelHostMaximum = 255;
 constexpr int32_t kPercentMaximum = 100;
-constexpr int32_t kStrobeDuration = 5000;
 
 void FillFormats(CameraRecord& record, const camera::OxelCamera& camera) {
   const auto count = std::min<size_t>(camera.formats.size(), TAVRO_MAX_FORMATS);
@@ -147,9 +145,14 @@ int32_t DiscoverParameters(SystemRecord& system, int32_t number) {
   record.iWidthMax = camera.widthMax;
   record.iHeightMax = camera.heightMax;
   camera.SetTriggerMode(TriggerModeSoftware, true);
-  camera.EnableStrobe(true, 0, kStrobeDuration);
+  camera.EnableStrobe(true, 0, kStartupStrobeDuration);
   MarkCameraAttached(system, number);
   return 0;
+}
+
+void WriteSlotHostValues(CameraSlot& slot) {
+  std::copy(kSlotHostValues.begin(), kSlotHostValues.end(), slot.adHostValues);
+  slot.iHostValue136 = kSlotHostValue136;
 }
 
 void MarkCameraAttached(SystemRecord& system, int32_t number) {
@@ -163,8 +166,7 @@ void MarkCameraAttached(SystemRecord& system, int32_t number) {
   slot.yAttached = 1;
   record.yEnabled = 1;
   slot.dExposure = kAttachExposure;
-  std::copy(kSlotHostValues.begin(), kSlotHostValues.end(), slot.adHostValues);
-  slot.iHostValue136 = kSlotHostValue136;
+  WriteSlotHostValues(slot);
   record.iCamNum = number;
   system.aiCamIndex[number] = number;
 }
