@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "oxel_sim.h"
 #include "plugin_session.h"
 
 namespace tavro::testing {
@@ -86,6 +87,21 @@ TEST_F(SetupCycles, DetachedCameraIsFoundAgainByItsKey) {
   EXPECT_EQ(system->tCam[1].yEnabled, 1u);
   EXPECT_EQ(system->aiCamIndex[1], 1);
   EXPECT_EQ(system->tCam[1].iWidthMax, 1280);
+}
+
+TEST_F(SetupCycles, UnpluggedCameraCannotBeReattachedUntilItIsBack) {
+  ASSERT_EQ(Setup(nullptr), 0);
+  ::testing::internal::CaptureStdout();
+  ASSERT_EQ(plugin.detach(system.get(), 1), 0);
+  ASSERT_EQ(OxelSim_UnplugCamera("OX13M-21B0112"), OXEL_RETURN_CODE_SUCCESS);
+  const int whileUnplugged = plugin.attach(system.get(), 1);
+  OxelSim_ReplugCamera("OX13M-21B0112");
+  const int onceBack = plugin.attach(system.get(), 1);
+  ::testing::internal::GetCapturedStdout();
+  EXPECT_EQ(whileUnplugged, -1);
+  EXPECT_EQ(onceBack, 0);
+  EXPECT_EQ(system->tSlot[1].yAttached, 1u);
+  EXPECT_EQ(Key(1), "OX-U3-13M");
 }
 
 }  // namespace
