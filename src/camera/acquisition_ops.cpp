@@ -25,13 +25,6 @@ constexpr uint32_t kMaskFailure = ACQERR_WAIT_FAILED;
 constexpr uint32_t kWaitValue1 = 0;
 constexpr uint32_t kWaitValue2 = 3;
 
-// Hands the acquisition's end to the host, once: whoever reports it clears
-// yAcquiring. A host that left the callback null is told nothing.
-void ReportFinished(TavroCamAcq& entry, const SystemRecord& system) {
-  if (system.pfnAcqFinished != nullptr) system.pfnAcqFinished(entry.ptCamImage, entry.iUserValue);
-  entry.yAcquiring = 0;
-}
-
 bool ArmAndFire(OxelCamera* camera, const TavroCamAcq& entry) {
   if (camera == nullptr) return false;
   if (entry.yHwTrigger != 0) return camera->ArmHardwareTrigger();
@@ -39,6 +32,11 @@ bool ArmAndFire(OxelCamera* camera, const TavroCamAcq& entry) {
 }
 
 }  // namespace
+
+void ReportFinished(TavroCamAcq& entry, const SystemRecord& system) {
+  if (system.pfnAcqFinished != nullptr) system.pfnAcqFinished(entry.ptCamImage, entry.iUserValue);
+  entry.yAcquiring = 0;
+}
 
 int32_t AcquireSequence(CamImage* image, uint32_t wait, uint32_t userValue, uint32_t* status,
                         SystemRecord* system, int32_t number) {
@@ -107,12 +105,6 @@ int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t, uint32_t, 
   if (entry.yAcquiring != 0 && StopCameraAcquisition(image, system, number, status) != kSuccess) {
     ReportFinished(entry, *system);
   }
-  return kFailure;
-}
-
-int32_t LiveAcquire(CamImage*, uint32_t, uint32_t, uint32_t*, SystemRecord*) {
-  // Live acquisition is not built yet: nothing is started, and a stop asked
-  // for by a single acquisition fails, so that acquisition does not run.
   return kFailure;
 }
 

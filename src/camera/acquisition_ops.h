@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "host_interface/acquisition_table.h"
 #include "tavro/tavro_host.h"
 
 namespace tavro::camera {
@@ -15,7 +16,13 @@ namespace tavro::camera {
 int32_t AcquireSequence(CamImage* image, uint32_t wait, uint32_t userValue, uint32_t* status,
                         SystemRecord* system, int32_t number);
 
-// Starts (start non-zero) or stops live acquisition into the image.
+// Hands the acquisition's end to the host, once: whoever reports it clears
+// yAcquiring. A host that left the callback null is told nothing.
+void ReportFinished(host_interface::TavroCamAcq& entry, const SystemRecord& system);
+
+// Starts (start non-zero) or stops live acquisition into the image. A start
+// stops the camera first, dropping a pending single image unreported; a stop
+// with nothing live reports that camera's pending image finished.
 int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
                     SystemRecord* system);
 

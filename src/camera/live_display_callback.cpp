@@ -1,5 +1,7 @@
 #include "camera/live_display_callback.h"
 
+#include <atomic>
+
 #include "camera/live_display.h"
 #include "host_interface/acquisition_table.h"
 #include "tavro/tavro_host.h"
@@ -57,7 +59,9 @@ void LiveDisplayCallback(void* argument) {
   DrawLiveDisplay(source);
 
   if (IsLiveImage(system, &image) && view != nullptr && view->ptDisplay != nullptr) {
-    view->ptDisplay->yNewLiveFrame = 1;
+    // The host polls the flag from its own threads; the release store makes
+    // the drawn display visible to whoever sees the flag.
+    std::atomic_ref<uint32_t>(view->ptDisplay->yNewLiveFrame).store(1, std::memory_order_release);
   }
 }
 

@@ -1,0 +1,107 @@
+// Live acquisition: one camera at a time streams into the host's image and
+// live display, frame after frame, on the camera's worker.
+#include "camera/acquisition_ops.h"
+#include "camera/acquisition_parameters.h"
+#include "camera/destination_binding.h"
+#include "camera/live_display_callback.h"
+#include "camera/oxel_camera.h"
+#include "diagnostics/debug_output.h"
+#include "host_interface/acquisition_table.h"
+#include "host_interface/camera_lookup.h"
+#include "host_interface/result.h"
+#include "host_interface/slot_camera.h"
+
+namespace tavro::camera {
+namespace {
+
+using host_interface::Fail;
+using host_interface::kFailure;
+using host_interface::kSuccess;
+using host_interface::TavroCamAcq;
+
+// The host's display tag travels with live start and stop; its meaning is
+// the host's.
+void CopyDisplayTag(const CamImage& image, SystemRecord& system) {
+  const CameraInfo* info = image.ptCamera;
+  const HostView* view = info != nullptr ? info->ptHostView : nullptr;
+  if (view != nullptr && view->ptDisplay != nullptr) {
+    system.qwLiveDisplayTag = view->ptDisplay->qwLiveDisplayTag;
+  }
+}
+
+// Makes camera `number`, already at rest, the live camera and hands its loop
+// to the worker. The system record names the live image even when the
+// camera then fails to start, so that a later stop cleans up after it.
+int32_t StartLiveOn(CamImage* image, uint32_t userValue, SystemRecord* system, int32_t number) {
+  system->yLive = 1;
+  system->ptLiveImage = image;
+  system->iLiveCamNum = number;
+
+  TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
+  entry.ptCamImage = image;
+  entry.yHwTrigger = 0;
+  ApplyAcquisitionParameters(image, system, number);
+  BindDestination(image, system, number, userValue);
+
+  CameraSlot& slot = system->tSlot[number];
+  if (slot.yLive != 0) return kSuccess;
+  OxelCamera* camera = host_interface::CameraOf(slot);
+  if (camera != nullptr) {
+    camera->frameCallback = LiveDisplayCallback;
+    camera->frameCallbackArg = &entry;
+    if (camera->StartLive()) {
+      slot.yLive = 1;
+      return kSuccess;
+    }
+    camera->frameCallback = nullptr;
+    camera->frameCallbackArg = nullptr;
+  }
+  system->lError = kFailure;
+  return kFailure;
+}
+
+int32_t StopLive(uint32_t* status, SystemRecord* system, int32_t& number) {
+  if (system->yLive == 0) {
+    diagnostics::DebugPrintf("Stop live acquire, but live acquire not running\n");
+    diagnostics::FlushStdout();
+    return kSuccess;
+  }
+  number = system->iLiveCamNum;
+  const int32_t result = StopCameraAcquisition(system->ptLiveImage, system, number, status);
+  if (result == kSuccess) {
+    system->yLive = 0;
+    system->tSlot[number].yLive = 0;
+  }
+  return result;
+}
+
+}  // namespace
+
+int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
+                    SystemRecord* system) {
+  *status = 0;
+  if (image == nullptr) return Fail(status, ACQERR_NO_IMAGE);
+  int32_t number = host_interface::FindCameraNumber(*system, *image);
+  if (!host_interface::IsAttached(*system, number)) return Fail(status, ACQERR_NO_CAMERA);
+  CopyDisplayTag(*image, *system);
+
+  int32_t result = kSuccess;
+  if (start != 0) {
+    if (system->yLive != 0) return Fail(status, ACQERR_LIVE_RUNNING);
+    // A camera that will not come to rest is not started, and whatever it
+    // was doing is not reported.
+    if (StopCameraAcquisition(image, system, number, status) != kSuccess) return kFailure;
+    result = StartLiveOn(image, userValue, system, number);
+    if (result == kSuccess) return kSuccess;
+  } else {
+    result = StopLive(status, system, number);
+  }
+
+  // An acquisition that was not ended above (a single image still pending,
+  // a failed start or stop) is reported to the host now.
+  TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
+  if (entry.yAcquiring != 0) ReportFinished(entry, *system);
+  return result;
+}
+
+}  // namespace tavro::camera

@@ -1,0 +1,229 @@
+// Live acquisition through the plug-in's entry points: start and stop with
+// their flags, frames arriving in the host's planes and live display, the
+// refusals and messages, and live acquisition meeting single images, detach,
+// teardown and an unplugged camera.
+#include <gtest/gtest.h>
+
+#include "camera/display_drawing.h"
+#include "live/live_session.h"
+#include "oxel_sim.h"
+
+namespace tavro::live_test {
+namespace {
+
+using acquisition_test::kColour;
+using acquisition_test::kMono;
+
+constexpr int32_t kWidth = 40;
+constexpr int32_t kHeight = 24;
+constexpr uint32_t kLiveUser = 0x51;
+constexpr const char* kNotRunning = "Stop live acquire, but live acquire not running\n";
+
+// The last live frame in the host's planes and in the live display, pixel for
+// pixel, and nothing drawn beside the image in the display's spare columns.
+void ExpectLastFrameShown(const LiveImage& image, const SimCamera& camera, bool colour) {
+  const uint64_t frame = LastFrameId(camera);
+  int mismatches = 0;
+  for (int32_t y = 0; y < kHeight; ++y) {
+    for (int32_t x = 0; x < image.live.iStride; ++x) {
+      const uint32_t shown = image.LivePixel(x, y);
+      if (x >= kWidth) {
+        mismatches += shown != LiveImage::kDisplayFill;
+        continue;
+      }
+      uint32_t expected = 0;
+      if (colour) {
+        const uint8_t red = OxelSim_PatternBgr8(x, y, frame, 2);
+        const uint8_t green = OxelSim_PatternBgr8(x, y, frame, 1);
+        const uint8_t blue = OxelSim_PatternBgr8(x, y, frame, 0);
+        mismatches += image.red->At(x, y) != red || image.green->At(x, y) != green ||
+                      image.blue->At(x, y) != blue;
+        expected = camera::DisplayPixel(red, green, blue);
+      } else {
+        const uint8_t grey = OxelSim_PatternMono8(x, y, frame);
+        mismatches += image.grey->At(x, y) != grey;
+        expected = camera::GreyDisplayTable()[grey];
+      }
+      mismatches += shown != expected;
+    }
+  }
+  EXPECT_EQ(mismatches, 0) << camera.key << " frame " << frame;
+}
+
+class LiveAcquire : public LiveSession {};
+
+TEST_F(LiveAcquire, RunsFramesIntoPlanesAndDisplayAndStopsWithoutReport) {
+  struct Case {
+    SimCamera camera;
+    bool colour;
+  };
+  for (const Case& c : {Case{kMono, false}, Case{kColour, true}}) {
+    SCOPED_TRACE(c.camera.key);
+    const int16_t number = SetupOn({c.camera})[0];
+    LiveImage image(number, kWidth, kHeight, c.colour);
+    // Start and stop again and again: each run delivers frames and ends clean.
+    for (int run = 0; run < 3; ++run) {
+      ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+      EXPECT_EQ(status, 0u);
+      EXPECT_EQ(system().yLive, 1u);
+      EXPECT_EQ(system().tSlot[number].yLive, 1u);
+      EXPECT_EQ(system().ptLiveImage, &image.image);
+      EXPECT_EQ(system().iLiveCamNum, number);
+      EXPECT_EQ(system().qwLiveDisplayTag, LiveImage::kDisplayTag);
+      // Every frame sets the flag again, not just the first.
+      for (int frame = 0; frame < 3; ++frame) {
+        ASSERT_TRUE(image.WaitForNewFrame()) << "frame " << frame;
+        image.ClearNewFrameFlag();
+      }
+      // Waiting on the live image is refused while live runs.
+      EXPECT_EQ(Wait(image), -1);
+      EXPECT_EQ(status, uint32_t{ACQERR_LIVE_RUNNING});
+
+      ASSERT_EQ(Live(image, 0), 0);
+      EXPECT_EQ(status, 0u);
+      EXPECT_EQ(system().yLive, 0u);
+      EXPECT_EQ(system().tSlot[number].yLive, 0u);
+      EXPECT_TRUE(finished.empty());
+      ExpectLastFrameShown(image, c.camera, c.colour);
+    }
+    TearDown();
+  }
+}
+
+TEST_F(LiveAcquire, StopWithNothingRunningSaysSoAndReportsAPendingImage) {
+  const int16_t number = SetupOn({kMono})[0];
+  LiveImage image(number, kWidth, kHeight, false);
+  int32_t result = -1;
+  EXPECT_EQ(StdoutOf([&] { result = Live(image, 0); }), kNotRunning);
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(status, 0u);
+  EXPECT_TRUE(finished.empty());
+
+  // A single image still pending on that camera is reported finished.
+  ASSERT_EQ(Acquire(image, 0, 7), 0);
+  EXPECT_EQ(StdoutOf([&] { result = Live(image, 0); }), kNotRunning);
+  EXPECT_EQ(result, 0);
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].image, &image.image);
+  EXPECT_EQ(finished[0].userValue, 7u);
+}
+
+TEST_F(LiveAcquire, SecondStartIsRefusedAndLiveRunsOn) {
+  const auto numbers = SetupOn({kMono, kColour});
+  LiveImage first(numbers[0], kWidth, kHeight, false);
+  LiveImage sameCamera(numbers[0], kWidth, kHeight, false);
+  LiveImage otherCamera(numbers[1], kWidth, kHeight, true);
+  ASSERT_EQ(Live(first, 1), 0);
+  for (LiveImage* image : {&first, &sameCamera, &otherCamera}) {
+    EXPECT_EQ(Live(*image, 1), -1);
+    EXPECT_EQ(status, uint32_t{ACQERR_LIVE_RUNNING});
+  }
+  EXPECT_EQ(system().ptLiveImage, &first.image);
+  EXPECT_EQ(system().iLiveCamNum, numbers[0]);
+  first.ClearNewFrameFlag();
+  EXPECT_TRUE(first.WaitForNewFrame());
+  EXPECT_EQ(Live(first, 0), 0);
+  EXPECT_EQ(otherCamera.NewFrameFlag(), 0u);
+}
+
+TEST_F(LiveAcquire, StartDropsAPendingSingleImageUnreported) {
+  const int16_t number = SetupOn({kMono})[0];
+  LiveImage single(number, kWidth, kHeight, false);
+  LiveImage live(number, kWidth, kHeight, false);
+  ASSERT_EQ(Acquire(single, 0, 9), 0);
+  ASSERT_EQ(Live(live, 1, kLiveUser), 0);
+  EXPECT_TRUE(live.WaitForNewFrame());
+  ASSERT_EQ(Live(live, 0), 0);
+  EXPECT_TRUE(finished.empty());
+  // Nothing is left for the single image to collect.
+  EXPECT_EQ(Wait(single), -1);
+  EXPECT_EQ(status, uint32_t{ACQERR_NOT_ACQUIRING});
+}
+
+TEST_F(LiveAcquire, SingleImageOnAnotherCameraStopsLiveFirst) {
+  const auto numbers = SetupOn({kMono, kColour});
+  LiveImage live(numbers[0], kWidth, kHeight, false);
+  LiveImage single(numbers[1], kWidth, kHeight, true);
+  ASSERT_EQ(Live(live, 1, kLiveUser), 0);
+  ASSERT_TRUE(live.WaitForNewFrame());
+
+  ASSERT_EQ(Acquire(single, 1, 3), 0);
+  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(system().tSlot[numbers[0]].yLive, 0u);
+  // Only the single image is reported; the live run ended silently.
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].image, &single.image);
+  EXPECT_EQ(single.red->At(5, 2), OxelSim_PatternBgr8(5, 2, LastFrameId(kColour), 2));
+  // The live camera takes no further frame.
+  const uint64_t lastLive = LastFrameId(kMono);
+  ASSERT_EQ(Acquire(single, 1, 4), 0);
+  EXPECT_EQ(LastFrameId(kMono), lastLive);
+}
+
+TEST_F(LiveAcquire, DetachAndTeardownDuringLiveEndItCleanly) {
+  const int16_t number = SetupOn({kMono})[0];
+  LiveImage image(number, kWidth, kHeight, false);
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  ASSERT_TRUE(image.WaitForNewFrame());
+  ASSERT_EQ(Detach(number), 0);
+  EXPECT_EQ(system().tSlot[number].yAttached, 0u);
+  EXPECT_EQ(system().tSlot[number].yLive, 0u);
+  const uint64_t last = LastFrameId(kMono);
+  // A detached camera cannot be told to stop; live stays marked.
+  EXPECT_EQ(Live(image, 0), -1);
+  EXPECT_EQ(status, uint32_t{ACQERR_NO_CAMERA});
+  EXPECT_EQ(system().yLive, 1u);
+  EXPECT_EQ(LastFrameId(kMono), last);
+
+  // An acquire re-attaches the camera and ends the marked run first,
+  // silently; only the single image is reported.
+  int32_t acquired = -1;
+  StdoutOf([&] { acquired = Acquire(image, 1, 1); });
+  ASSERT_EQ(acquired, 0);
+  EXPECT_EQ(system().yLive, 0u);
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].userValue, 1u);
+
+  // Teardown with a camera live.
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  image.ClearNewFrameFlag();
+  ASSERT_TRUE(image.WaitForNewFrame());
+  EXPECT_EQ(TearDownPlugin(), 0);
+  EXPECT_EQ(system().yLive, 0u);
+  // After a new setup the same image runs live again.
+  EXPECT_EQ(SetupOn({kMono})[0], number);
+  image.ClearNewFrameFlag();
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  EXPECT_TRUE(image.WaitForNewFrame());
+  EXPECT_EQ(Live(image, 0), 0);
+}
+
+TEST_F(LiveAcquire, UnpluggedCameraEndsTheRunAndCannotStartAgain) {
+  const int16_t number = SetupOn({kMono})[0];
+  LiveImage image(number, kWidth, kHeight, false);
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  ASSERT_TRUE(image.WaitForNewFrame());
+  ASSERT_EQ(OxelSim_UnplugCamera(kMono.id), 0);
+  const uint64_t last = LastFrameId(kMono);
+  // The worker gives up on the missing frame, so the stop succeeds.
+  EXPECT_EQ(Live(image, 0), 0);
+  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(LastFrameId(kMono), last);
+  EXPECT_TRUE(finished.empty());
+
+  // A camera that does not answer cannot start: the host hears of the
+  // failed run once, and live stays marked until the host stops it.
+  EXPECT_EQ(Live(image, 1, kLiveUser), -1);
+  EXPECT_EQ(status, 0u);
+  EXPECT_EQ(system().lError, -1);
+  EXPECT_EQ(system().yLive, 1u);
+  EXPECT_EQ(system().tSlot[number].yLive, 0u);
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].userValue, kLiveUser);
+  EXPECT_EQ(Live(image, 0), 0);
+  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(finished.size(), 1u);
+}
+
+}  // namespace
+}  // namespace tavro::live_test
