@@ -8,11 +8,13 @@
  * "id" of the camera in its producer file). Each function returns an
  * OXEL_RETURN_CODE and records a last error like every other call.
  *
- * They act on the simulated hardware, which outlives library start and stop,
- * and work whether or not the library is started: a camera not loaded yet is
- * looked for in the producer files on GENICAM_GENTL64_PATH, so a test can
- * prepare a camera before the code under test starts the library. An unknown
- * ID fails with OXEL_RETURN_CODE_NOT_FOUND. docs/simulator-producer-files.md
+ * They act on the cameras of the producer files loaded now, and work whether
+ * or not the library is started: a camera not loaded yet is looked for in the
+ * producer files on GENICAM_GENTL64_PATH, so a test can prepare a camera
+ * before the code under test starts the library. When the last user closes
+ * the library, the loaded files and their cameras are forgotten: the next
+ * start (or control function) reads the files afresh. An unknown ID fails
+ * with OXEL_RETURN_CODE_NOT_FOUND. docs/simulator-producer-files.md
  * describes the cameras' behaviour.
  *
  * Frame pattern: every delivered pixel is a pure function of its sensor

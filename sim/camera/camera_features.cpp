@@ -30,6 +30,18 @@ int64_t LastStep(int64_t min, int64_t inc, int64_t limit) {
   return min + (limit - min) / inc * inc;
 }
 
+const CameraFeatures::AoiAxis kAoiAxes[] = {
+    {"OffsetX", "Width", "WidthMax", &CameraDescription::sensorWidth, &AoiRules::widthMinimum},
+    {"OffsetY", "Height", "HeightMax", &CameraDescription::sensorHeight, &AoiRules::heightMinimum},
+};
+
+const CameraFeatures::AoiAxis* AxisOfOffset(const std::string& name) {
+  for (const auto& axis : kAoiAxes) {
+    if (name == axis.offset) return &axis;
+  }
+  return nullptr;
+}
+
 bool OnIncrement(double value, double min, double inc) {
   if (inc <= 0.0) return true;
   const double steps = (value - min) / inc;
@@ -121,10 +133,8 @@ void CameraFeatures::ComputeSlot(const FeatureSpec& spec, FeatureSlot& slot) con
     slot.intMax = LastStep(slot.intMin, slot.intInc, sensorWidth - IntegerOr("OffsetX", 0));
   } else if (name == "Height") {
     slot.intMax = LastStep(slot.intMin, slot.intInc, sensorHeight - IntegerOr("OffsetY", 0));
-  } else if (name == "OffsetX") {
-    slot.intMax = LastStep(0, slot.intInc, sensorWidth - IntegerOr("Width", sensorWidth));
-  } else if (name == "OffsetY") {
-    slot.intMax = LastStep(0, slot.intInc, sensorHeight - IntegerOr("Height", sensorHeight));
+  } else if (const AoiAxis* axis = AxisOfOffset(name)) {
+    slot.intMax = LastStep(0, slot.intInc, OffsetRoom(*axis));
   } else if (name == "PayloadSize") {
     slot.intValue = slot.intMin = slot.intMax = PayloadSize();
   } else if (name == "AcquisitionFrameRate") {
@@ -236,10 +246,41 @@ void CameraFeatures::BeginWrite(size_t index) {
   }
 }
 
+int64_t CameraFeatures::SensorSize(const AoiAxis& axis) const {
+  return description_->*axis.sensorSize;
+}
+
+int64_t CameraFeatures::SizeMinimum(const AoiAxis& axis) const {
+  const int index = Find(axis.size);
+  if (index >= 0) return StoredSlot(static_cast<size_t>(index)).intMin;
+  return description_->aoi.*axis.sizeMinimum;
+}
+
+int64_t CameraFeatures::OffsetRoom(const AoiAxis& axis) const {
+  const int64_t sensor = SensorSize(axis);
+  if (description_->aoi.offsetRule == OffsetRule::kStrict) {
+    return sensor - IntegerOr(axis.size, sensor);
+  }
+  return sensor - SizeMinimum(axis);
+}
+
+void CameraFeatures::FitSizeToOffset(const AoiAxis& axis, int64_t offset) {
+  const int index = Find(axis.size);
+  if (index < 0) return;
+  FeatureSlot& size = StoredSlot(static_cast<size_t>(index));
+  const int64_t room = SensorSize(axis) - offset;
+  if (size.intValue > room) size.intValue = LastStep(size.intMin, size.intInc, room);
+}
+
 std::string CameraFeatures::Dependency(const FeatureSpec& spec) const {
   const std::string& name = spec.name;
-  if (name == "OffsetX") return " for Width " + std::to_string(IntegerOr("Width", 0));
-  if (name == "OffsetY") return " for Height " + std::to_string(IntegerOr("Height", 0));
+  if (const AoiAxis* axis = AxisOfOffset(name)) {
+    if (description_->aoi.offsetRule == OffsetRule::kStrict) {
+      return std::string(" for ") + axis->size + " " + std::to_string(IntegerOr(axis->size, 0));
+    }
+    return std::string(" for ") + axis->sensor + " " + std::to_string(SensorSize(*axis)) +
+           " and minimum " + axis->size + " " + std::to_string(SizeMinimum(*axis));
+  }
   if (name == "Width") return " for OffsetX " + std::to_string(IntegerOr("OffsetX", 0));
   if (name == "Height") return " for OffsetY " + std::to_string(IntegerOr("OffsetY", 0));
   if (name == "AcquisitionFrameRate") return " (limits: " + FrameRateMaximum().reason + ")";
@@ -268,6 +309,10 @@ void CameraFeatures::SetInteger(size_t index, int64_t value) {
              " is not a multiple of " + std::to_string(slot.intInc) + where);
   }
   StoredSlot(index).intValue = value;
+  const AoiAxis* axis = AxisOfOffset(spec.name);
+  if (axis != nullptr && description_->aoi.offsetRule == OffsetRule::kShrinkSize) {
+    FitSizeToOffset(*axis, value);
+  }
 }
 
 void CameraFeatures::SetFloat(size_t index, double value) {

@@ -1,9 +1,9 @@
 // The live feature values of one simulated camera and the rules a GenICam
 // camera applies to them: access (read-only, locked by TLParamsLocked or a
 // running acquisition, held by an auto mode), ranges and increments, values
-// that depend on others (PayloadSize, the AOI limits, the frame-rate limit),
-// injected write faults and write counts. Not locked: the camera's mutex is
-// held by every caller.
+// that depend on others (PayloadSize, the AOI limits under the camera's offset
+// rule, the frame-rate limit), injected write faults and write counts. Not
+// locked: the camera's mutex is held by every caller.
 #pragma once
 
 #include <cstdint>
@@ -70,6 +70,15 @@ class CameraFeatures {
   void SetAcquisitionActive(bool active) { acquisitionActive_ = active; }
   const std::string& Owner() const { return owner_; }
 
+  // One direction of the AOI: its offset, size and sensor-size features.
+  struct AoiAxis {
+    const char* offset;
+    const char* size;
+    const char* sensor;
+    int64_t CameraDescription::*sensorSize;
+    int64_t AoiRules::*sizeMinimum;
+  };
+
  private:
   struct Runtime {
     uint64_t writes = 0;
@@ -88,6 +97,12 @@ class CameraFeatures {
   FrameRateLimit FrameRateMaximum() const;
   std::string WriteRefusal(size_t index) const;
   std::string Dependency(const FeatureSpec& spec) const;
+  int64_t SensorSize(const AoiAxis& axis) const;
+  int64_t SizeMinimum(const AoiAxis& axis) const;
+  // How far the offset may go under the camera's offset rule.
+  int64_t OffsetRoom(const AoiAxis& axis) const;
+  // A new offset that leaves the size no room shrinks the size.
+  void FitSizeToOffset(const AoiAxis& axis, int64_t offset);
   std::string Named(const FeatureSpec& spec) const;
   void ApplyDescription(bool userSetOnly);
 

@@ -1,8 +1,8 @@
 // One simulated camera as hardware: plugged in or not, opened by this process
 // or by another one, its feature values and acquisition, and the faults a
-// test has armed. It outlives library start and stop, like a real camera
-// keeps its state while the host program restarts the library; only
-// OxelSim_ResetAll (or unplugging, for the feature values) reverts it.
+// test has armed. It lives as long as its producer file stays loaded: from
+// the first load until the last user closes the library. OxelSim_ResetAll
+// (or unplugging, for the feature values) reverts it meanwhile.
 #pragma once
 
 #include <cstdint>

@@ -34,6 +34,8 @@ void Simulator::Start() {
 }
 
 void Simulator::Stop() {
+  // The cameras go last, after the handles that the producers close.
+  std::vector<std::shared_ptr<LoadedFile>> forgotten;
   std::vector<std::shared_ptr<ProducerLibrary>> closing;
   {
     std::lock_guard lock(mutex);
@@ -43,6 +45,8 @@ void Simulator::Stop() {
     }
     if (--users_ > 0) return;
     closing.swap(producers);
+    // Under the lock: a start that follows at once must not lose what it loads.
+    forgotten = hardware.Forget();
   }
   for (const auto& producer : closing) producer->Release();
 }

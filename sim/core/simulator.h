@@ -24,7 +24,8 @@ class Simulator {
   // Fails with NOT_INITIALIZED unless the library is started.
   void RequireStarted();
   void Start();
-  // Ends one start; the last one closes every producer library.
+  // Ends one start; the last one closes every producer library and forgets
+  // the loaded files with their cameras.
   void Stop();
   bool Started();
 

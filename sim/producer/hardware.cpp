@@ -93,9 +93,12 @@ void Hardware::ResetAll() {
   for (const auto& camera : all) camera->ResetToFile();
 }
 
-void Hardware::Clear() {
+std::vector<std::shared_ptr<LoadedFile>> Hardware::Forget() {
   std::lock_guard lock(mutex_);
+  std::vector<std::shared_ptr<LoadedFile>> forgotten;
+  for (auto& [path, file] : files_) forgotten.push_back(std::move(file));
   files_.clear();
+  return forgotten;
 }
 
 }  // namespace oxelsim

@@ -66,8 +66,12 @@ std::vector<PixelFormatSpec> ParsePixelFormats(const JsonReader& reader) {
 }
 
 void ParseAoi(const JsonReader& reader, AoiRules& aoi) {
-  reader.AllowOnly({"offsetXIncrement", "offsetYIncrement", "widthIncrement", "heightIncrement",
-                    "widthMinimum", "heightMinimum"});
+  reader.AllowOnly({"offsetRule", "offsetXIncrement", "offsetYIncrement", "widthIncrement",
+                    "heightIncrement", "widthMinimum", "heightMinimum"});
+  if (auto rule = reader.Optional("offsetRule")) {
+    aoi.offsetRule = rule->Choice({"shrinkSize", "strict"}) == "strict" ? OffsetRule::kStrict
+                                                                        : OffsetRule::kShrinkSize;
+  }
   auto read = [&](const char* key, int64_t& target) {
     if (auto value = reader.Optional(key)) target = value->Positive();
   };

@@ -24,7 +24,14 @@ struct WriteFault {
   OXEL_RETURN_CODE code = OXEL_RETURN_CODE_ERROR;
 };
 
+// How a camera limits its offsets. Many cameras fix the offset maxima at the
+// sensor size less the minimum size and shrink the size when a new offset
+// leaves it no room; stricter ones compute the maxima from the current size
+// and refuse such an offset.
+enum class OffsetRule { kShrinkSize, kStrict };
+
 struct AoiRules {
+  OffsetRule offsetRule = OffsetRule::kShrinkSize;
   int64_t offsetXIncrement = 1;
   int64_t offsetYIncrement = 1;
   int64_t widthIncrement = 1;

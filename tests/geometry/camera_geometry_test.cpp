@@ -1,5 +1,5 @@
 // AOI and pixel format operations against the simulated cameras, whose
-// offset ranges depend on the current size as on real cameras.
+// offsets shrink the size when it leaves them no room, as on many cameras.
 #include <gtest/gtest.h>
 
 #include "camera/simulated_camera.h"
@@ -59,12 +59,20 @@ TEST_F(CameraGeometryTest, RequestsAreFittedToTheLimitsReadFromTheCamera) {
 }
 
 TEST_F(CameraGeometryTest, OffsetsAreWrittenBeforeSizes) {
-  // At full width there is no room for an offset: the camera refuses
-  // "OffsetX", and the new width must not have been written first.
+  // From the full sensor, the camera takes the offset first by shrinking the
+  // width, so an AOI with an offset is written whole.
+  geometry::AoiRect request{8, 4, 104, 10};
+  ASSERT_TRUE(camera_->SetAoi(request));
+  EXPECT_EQ(CameraAoi(), (geometry::AoiRect{8, 4, 104, 10}));
+
+  // A camera that refuses "OffsetX" must not have seen the new width first.
+  ASSERT_TRUE(camera_->ApplyFullAoi());
   camera_->aoiLimits.reset();
+  ASSERT_EQ(OxelSim_FailFeatureWrites(kColourCameraId, "OffsetX", 1, OXEL_RETURN_CODE_OUT_OF_RANGE),
+            0);
   const uint64_t widthWrites = WriteCount(kColourCameraId, "Width");
   const uint64_t offsetWrites = WriteCount(kColourCameraId, "OffsetX");
-  geometry::AoiRect request{8, 0, 1928, 1216};
+  request = {8, 0, 1928, 1216};
   EXPECT_FALSE(camera_->SetAoi(request));
   EXPECT_EQ(WriteCount(kColourCameraId, "OffsetX"), offsetWrites + 1);
   EXPECT_EQ(WriteCount(kColourCameraId, "Width"), widthWrites);

@@ -6,7 +6,7 @@ namespace simtest {
 namespace {
 
 class Features : public BundledWorld {
- protected:
+ public:
   // Runs a write and checks its code and, for a failure, a piece of its text.
   static void ExpectWrite(OXEL_RETURN_CODE code, OXEL_RETURN_CODE expected,
                           const std::string& textPart) {
@@ -17,6 +17,8 @@ class Features : public BundledWorld {
       EXPECT_NE(error.text.find(textPart), std::string::npos) << error.text;
     }
   }
+
+ protected:
   static int64_t Maximum(const Camera& camera, const char* name) {
     OXEL_INTEGER_NODE node = nullptr;
     EXPECT_EQ(OXEL_Node_ToIntegerNode(camera.Node(name), &node), OXEL_RETURN_CODE_SUCCESS);
@@ -38,40 +40,103 @@ class Features : public BundledWorld {
   }
 };
 
-TEST_F(Features, AoiWritesFollowRangesIncrementsAndEachOther) {
-  Camera camera = Camera::Open(*world_, kColourId);
-  struct Step {
-    const char* feature;
-    int64_t value;
-    OXEL_RETURN_CODE expected;
-    const char* text;
-  };
-  const Step steps[] = {
-      {"OffsetX", 1936, OXEL_RETURN_CODE_OUT_OF_RANGE,
-       "OffsetX 1936 above maximum 0 for Width 1936"},
-      {"Width", 8, OXEL_RETURN_CODE_OUT_OF_RANGE, "Width 8 below minimum 16"},
-      {"Width", 100, OXEL_RETURN_CODE_OUT_OF_RANGE, "not a multiple of 8"},
-      {"Width", 1920, OXEL_RETURN_CODE_SUCCESS, ""},
-      {"OffsetX", 12, OXEL_RETURN_CODE_OUT_OF_RANGE, "OffsetX 12 not on the increment"},
-      {"OffsetX", 24, OXEL_RETURN_CODE_OUT_OF_RANGE, "OffsetX 24 above maximum 16 for Width 1920"},
-      {"OffsetX", 16, OXEL_RETURN_CODE_SUCCESS, ""},
-      {"Width", 1928, OXEL_RETURN_CODE_OUT_OF_RANGE,
-       "Width 1928 above maximum 1920 for OffsetX 16"},
-      {"Height", 3, OXEL_RETURN_CODE_OUT_OF_RANGE, "not a multiple of 2"},
-      {"Height", 100, OXEL_RETURN_CODE_SUCCESS, ""},
-      {"OffsetY", 1116, OXEL_RETURN_CODE_SUCCESS, ""},
-      {"Height", 102, OXEL_RETURN_CODE_OUT_OF_RANGE,
-       "Height 102 above maximum 100 for OffsetY 1116"},
-  };
-  for (const Step& step : steps) {
+// One write and what it leaves: the AOI features read back after it.
+struct AoiStep {
+  const char* feature;
+  int64_t value;
+  OXEL_RETURN_CODE expected;
+  const char* text;  // part of the failure text
+  int64_t offsetX, width, offsetY, height;
+};
+
+void RunAoiSteps(const Camera& camera, const std::vector<AoiStep>& steps) {
+  for (const AoiStep& step : steps) {
     SCOPED_TRACE(std::string(step.feature) + " = " + std::to_string(step.value));
-    ExpectWrite(camera.SetInt(step.feature, step.value), step.expected, step.text);
+    Features::ExpectWrite(camera.SetInt(step.feature, step.value), step.expected, step.text);
+    EXPECT_EQ(camera.Int("OffsetX"), step.offsetX);
+    EXPECT_EQ(camera.Int("Width"), step.width);
+    EXPECT_EQ(camera.Int("OffsetY"), step.offsetY);
+    EXPECT_EQ(camera.Int("Height"), step.height);
   }
-  EXPECT_EQ(Maximum(camera, "OffsetX"), 16);
-  EXPECT_EQ(Maximum(camera, "Width"), 1920);
-  EXPECT_EQ(Maximum(camera, "OffsetY"), 1116);
+}
+
+TEST_F(Features, BundledOffsetsReachTheSensorEdgeAndShrinkTheSize) {
+  Camera camera = Camera::Open(*world_, kColourId);
+  // Read at full sensor, the offset maxima already leave room for the minimum size.
+  EXPECT_EQ(Maximum(camera, "OffsetX"), 1920);
+  EXPECT_EQ(Maximum(camera, "OffsetY"), 1214);
+  constexpr auto kOk = OXEL_RETURN_CODE_SUCCESS;
+  constexpr auto kRange = OXEL_RETURN_CODE_OUT_OF_RANGE;
+  RunAoiSteps(
+      camera,
+      {
+          {"OffsetX", 1928, kRange,
+           "OffsetX 1928 above maximum 1920 for WidthMax 1936 and minimum "
+           "Width 16",
+           0, 1936, 0, 1216},
+          {"OffsetX", 12, kRange, "OffsetX 12 not on the increment", 0, 1936, 0, 1216},
+          {"Width", 8, kRange, "Width 8 below minimum 16", 0, 1936, 0, 1216},
+          {"Width", 100, kRange, "not a multiple of 8", 0, 1936, 0, 1216},
+          // An AOI written offsets first from the full sensor, as a host does.
+          {"OffsetX", 8, kOk, "", 8, 1928, 0, 1216},
+          {"OffsetY", 4, kOk, "", 8, 1928, 4, 1212},
+          {"Width", 96, kOk, "", 8, 96, 4, 1212},
+          {"Height", 6, kOk, "", 8, 96, 4, 6},
+          // A size that fits the new offset is left alone.
+          {"OffsetX", 1840, kOk, "", 1840, 96, 4, 6},
+          {"Width", 104, kRange, "Width 104 above maximum 96 for OffsetX 1840", 1840, 96, 4, 6},
+          {"OffsetX", 1920, kOk, "", 1920, 16, 4, 6},
+          {"OffsetY", 1214, kOk, "", 1920, 16, 1214, 2},
+          {"Height", 4, kRange, "Height 4 above maximum 2 for OffsetY 1214", 1920, 16, 1214, 2},
+          {"OffsetX", 0, kOk, "", 0, 16, 1214, 2},
+          {"Width", 1936, kOk, "", 0, 1936, 1214, 2},
+      });
+  EXPECT_EQ(Maximum(camera, "Width"), 1936);
+  EXPECT_EQ(Maximum(camera, "OffsetX"), 1920) << "fixed, whatever the width";
+  EXPECT_EQ(camera.Int("PayloadSize"), 1936 * 2 * 3);
   EXPECT_EQ(camera.Int("WidthMax"), 1936);
   EXPECT_EQ(camera.Int("HeightMax"), 1216);
+}
+
+TEST(OffsetRules, AStrictCameraRefusesAnOffsetTheCurrentSizeLeavesNoRoomFor) {
+  ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
+  TempDir dir;
+  // Sizes on steps of 8 from 8, offsets on steps of 2: a shrunk width is
+  // rounded down onto its own increment.
+  dir.Write("rules.cti", R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+    {"id": "STRICT", "model": "S", "sensor": {"width": 64, "height": 16},
+     "aoi": {"offsetRule": "strict", "offsetXIncrement": 2, "widthIncrement": 8}},
+    {"id": "SHRINK", "model": "S", "sensor": {"width": 64, "height": 16},
+     "aoi": {"offsetRule": "shrinkSize", "offsetXIncrement": 2, "widthIncrement": 8}}
+  ]}]}})");
+  World world(dir.Path());
+  constexpr auto kOk = OXEL_RETURN_CODE_SUCCESS;
+  constexpr auto kRange = OXEL_RETURN_CODE_OUT_OF_RANGE;
+  {
+    SCOPED_TRACE("strict");
+    Camera strict = Camera::Open(world, "STRICT");
+    RunAoiSteps(
+        strict,
+        {
+            {"OffsetX", 6, kRange, "OffsetX 6 above maximum 0 for Width 64", 0, 64, 0, 16},
+            {"Width", 56, kOk, "", 0, 56, 0, 16},
+            {"OffsetX", 10, kRange, "OffsetX 10 above maximum 8 for Width 56", 0, 56, 0, 16},
+            {"OffsetX", 6, kOk, "", 6, 56, 0, 16},
+            {"OffsetY", 1, kRange, "OffsetY 1 above maximum 0 for Height 16", 6, 56, 0, 16},
+        });
+  }
+  {
+    SCOPED_TRACE("shrink");
+    Camera shrink = Camera::Open(world, "SHRINK");
+    RunAoiSteps(shrink, {
+                            {"OffsetX", 6, kOk, "", 6, 56, 0, 16},
+                            {"OffsetX", 58, kRange,
+                             "OffsetX 58 above maximum 56 for WidthMax 64 and minimum Width 8", 6,
+                             56, 0, 16},
+                            {"OffsetX", 56, kOk, "", 56, 8, 0, 16},
+                            {"OffsetY", 15, kOk, "", 56, 8, 15, 1},
+                        });
+  }
 }
 
 TEST_F(Features, PayloadSizeFollowsAoiAndPixelFormat) {

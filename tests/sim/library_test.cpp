@@ -143,5 +143,51 @@ TEST(Library, RepeatedStartOpenAcquireCloseCyclesLeaveNothingBehind) {
   EXPECT_FALSE(Initialized());
 }
 
+TEST(Library, TheLastCloseForgetsLoadedFilesAndTheirCameras) {
+  constexpr const char* kFile = R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+    {"id": "TEMP-CAM", "model": "T", "sensor": {"width": 16, "height": 4}}]}]}})";
+  TempDir first, second, none;
+  first.Write("temp.cti", kFile);
+  second.Write("temp.cti", kFile);
+  const auto lastFrame = [](uint64_t* id) { return OxelSim_GetLastFrameId("TEMP-CAM", id); };
+  uint64_t frameId = 0;
+  {
+    World world(first.Path());
+    Camera camera = Camera::Open(world, "TEMP-CAM");
+    ASSERT_EQ(camera.SetInt("Width", 8), OXEL_RETURN_CODE_SUCCESS);
+    ASSERT_EQ(camera.SetEnum("TriggerMode", "On"), OXEL_RETURN_CODE_SUCCESS);
+    camera.AnnounceAndQueue(3);
+    camera.StartAcquisition();
+    ASSERT_EQ(camera.Execute("TriggerSoftware"), OXEL_RETURN_CODE_SUCCESS);
+    ASSERT_EQ(lastFrame(&frameId), OXEL_RETURN_CODE_SUCCESS);
+    EXPECT_EQ(frameId, OXEL_SIM_FIRST_FRAME_ID);
+    // Another user keeps the files loaded past this world's close.
+    ASSERT_EQ(OXEL_Library_Initialize(), OXEL_RETURN_CODE_SUCCESS);
+  }
+  EXPECT_EQ(lastFrame(&frameId), OXEL_RETURN_CODE_SUCCESS);
+  ASSERT_EQ(OXEL_Library_Close(), OXEL_RETURN_CODE_SUCCESS);
+
+  {
+    ScopedSearchPath path(none.Path());
+    EXPECT_EQ(lastFrame(&frameId), OXEL_RETURN_CODE_NOT_FOUND);
+  }
+  {
+    // Only the camera of the file on the path now answers, fresh from its file,
+    // and a mark set before the start holds for that start.
+    ScopedSearchPath path(second.Path());
+    EXPECT_EQ(lastFrame(&frameId), OXEL_RETURN_CODE_NOT_AVAILABLE);
+    ASSERT_EQ(OxelSim_SetOpenedElsewhere("TEMP-CAM", 1), OXEL_RETURN_CODE_SUCCESS);
+    World world(second.Path());
+    OXEL_DEVICE_ACCESS_STATUS status = 0;
+    ASSERT_EQ(OXEL_DeviceDescriptor_GetAccessStatus(world.Descriptor("TEMP-CAM"), &status),
+              OXEL_RETURN_CODE_SUCCESS);
+    EXPECT_EQ(status, OXEL_DEVICE_ACCESS_STATUS_BUSY);
+  }
+  World again(first.Path());
+  Camera camera = Camera::Open(again, "TEMP-CAM");
+  EXPECT_EQ(camera.Int("Width"), 16);
+  EXPECT_EQ(lastFrame(&frameId), OXEL_RETURN_CODE_NOT_AVAILABLE);
+}
+
 }  // namespace
 }  // namespace simtest

@@ -79,6 +79,11 @@ TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
            {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
             "features": {"PayloadSize": {"value": 6}}}]}]}})",
        {"/features/PayloadSize/value", "the camera computes"}},
+      {"rule.cti",
+       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
+           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
+            "aoi": {"offsetRule": "loose"}}]}]}})",
+       {"/cameras/0/aoi/offsetRule", "one of shrinkSize, strict"}},
       {"twice.cti",
        R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
            {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}},
