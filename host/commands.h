@@ -2,6 +2,7 @@
 // and answers the process exit code.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,22 @@ int RunList(const Arguments& arguments);
 // Takes one image from one camera and writes it as a PNG.
 int RunGrab(const Arguments& arguments);
 
+// Runs live acquisition for a number of frames or seconds and saves the
+// live display as a PNG.
+int RunLive(const Arguments& arguments);
+
+// Detaches a camera, grabs, detaches it again, attaches it and grabs, showing the slot
+// flags and the plug-in's messages at each step.
+int RunCycle(const Arguments& arguments);
+
+// Reorders the host camera ids and shows the map before and after.
+int RunOrder(const Arguments& arguments);
+
 // The value after option `name` at position `index` (which it advances);
 // throws std::runtime_error when it is missing.
 std::string OptionValue(const Arguments& arguments, size_t& index);
+
+// `text` as a 32-bit integer; throws std::runtime_error naming `option`.
+int32_t IntegerValue(const std::string& text, const std::string& option);
 
 }  // namespace tavro_host

@@ -1,7 +1,6 @@
 // tavro-host grab: one image from one camera into a PNG file, with the
 // host's choices of AOI, exposure, gain, colour planes and trigger.
 #include <dlfcn.h>
-#include <png.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "host_image.h"
 #include "oxel_sim.h"
 #include "plugin.h"
 #include "records.h"
@@ -52,20 +52,6 @@ constexpr const char* kUsage =
     "                      the simulated camera's line is pulsed after arming\n"
     "  --line0 ID          simulated camera to pulse (default OX23C-21A0417)\n";
 
-int32_t Number(const std::string& text, const std::string& option) {
-  size_t used = 0;
-  long value = 0;
-  try {
-    value = std::stol(text, &used);
-  } catch (const std::exception&) {
-    used = 0;
-  }
-  if (used != text.size() || value < INT32_MIN || value > INT32_MAX) {
-    throw std::runtime_error(option + ": not a number: " + text);
-  }
-  return static_cast<int32_t>(value);
-}
-
 GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
   GrabOptions options;
   for (size_t k = 0; k < arguments.size(); ++k) {
@@ -75,7 +61,7 @@ GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
     } else if (name == "-o") {
       options.output = OptionValue(arguments, k);
     } else if (name == "--camera") {
-      options.camera = Number(OptionValue(arguments, k), name);
+      options.camera = IntegerValue(OptionValue(arguments, k), name);
     } else if (name == "--select") {
       options.selection = OptionValue(arguments, k);
     } else if (name == "--aoi") {
@@ -89,10 +75,10 @@ GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
       options.aoi = true;
     } else if (name == "--exposure") {
       options.exposure = true;
-      options.exposureValue = Number(OptionValue(arguments, k), name);
+      options.exposureValue = IntegerValue(OptionValue(arguments, k), name);
     } else if (name == "--gain") {
       options.gain = true;
-      options.gainValue = Number(OptionValue(arguments, k), name);
+      options.gainValue = IntegerValue(OptionValue(arguments, k), name);
     } else if (name == "--colour" || name == "--color") {
       options.colour = true;
     } else if (name == "--hw-trigger") {
@@ -105,22 +91,6 @@ GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
   }
   return options;
 }
-
-// One 8-bit plane owned by this host.
-struct Plane {
-  PlaneInfo info{};
-  std::vector<uint8_t> memory;
-  CamImage image{};  // the plane image a colour plane is handed in
-
-  Plane(int32_t width, int32_t height)
-      : memory(static_cast<size_t>(width) * static_cast<size_t>(height)) {
-    info.pBits = memory.data();
-    info.iWidth = width;
-    info.iHeight = height;
-    info.iPitch = width;
-    image.ptPlane = &info;
-  }
-};
 
 void SetParameter(CameraRecord& camera, int row, int32_t value, const char* name) {
   ParameterEntry& entry = camera.tParam[row];
@@ -145,36 +115,6 @@ void PulseLine0(const std::string& deviceId) {
   }
 }
 
-void WritePng(const std::string& path, int32_t width, int32_t height,
-              const std::vector<const Plane*>& planes) {
-  std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
-  if (!file) throw std::runtime_error("cannot write " + path);
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png ? png_create_info_struct(png) : nullptr;
-  if (info == nullptr) throw std::runtime_error("libpng cannot start");
-  if (setjmp(png_jmpbuf(png))) {
-    png_destroy_write_struct(&png, &info);
-    throw std::runtime_error("libpng failed writing " + path);
-  }
-  png_init_io(png, file.get());
-  const bool rgb = planes.size() == 3;
-  png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-               rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
-               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  png_write_info(png, info);
-  std::vector<png_byte> row(static_cast<size_t>(width) * planes.size());
-  for (int32_t y = 0; y < height; ++y) {
-    for (int32_t x = 0; x < width; ++x) {
-      for (size_t c = 0; c < planes.size(); ++c) {
-        row[x * planes.size() + c] = planes[c]->memory[static_cast<size_t>(y) * width + x];
-      }
-    }
-    png_write_row(png, row.data());
-  }
-  png_write_end(png, nullptr);
-  png_destroy_write_struct(&png, &info);
-}
-
 int32_t LastFinishedUserValue = -1;
 int32_t RecordFinished(CamImage*, uint32_t userValue) {
   LastFinishedUserValue = static_cast<int32_t>(userValue);
@@ -188,12 +128,8 @@ std::string GrabAndSave(const GrabOptions& options) {
   const Plugin& plugin = LoadPlugin();
   CameraSystem cameras(plugin, options.selection);
   SystemRecord& system = cameras.record();
-  if (options.camera < 0 || options.camera >= cameras.cameraCount()) {
-    throw std::runtime_error("no camera " + std::to_string(options.camera) + " (" +
-                             std::to_string(cameras.cameraCount()) + " opened)");
-  }
+  CameraRecord& camera = cameras.camera(options.camera);
   system.pfnAcqFinished = RecordFinished;
-  CameraRecord& camera = system.tCam[options.camera];
   if (options.exposure)
     SetParameter(camera, TAVRO_PARAM_EXPOSURE, options.exposureValue, "exposure");
   if (options.gain) SetParameter(camera, TAVRO_PARAM_MASTER_GAIN, options.gainValue, "gain");
@@ -205,18 +141,9 @@ std::string GrabAndSave(const GrabOptions& options) {
     height = options.aoiRect[3] - options.aoiRect[1];
     if (width <= 0 || height <= 0) throw std::runtime_error("--aoi: empty or inverted area");
   }
-  CameraInfo info{};
-  info.iCamId = static_cast<int16_t>(options.camera);
-  info.yColourPlanes = options.colour ? 1 : 0;
-  info.yHwTrigger = options.hardwareTrigger ? 1 : 0;
-  Plane grey(width, height), red(width, height), green(width, height), blue(width, height);
-  CamImage image{};
-  image.lMagic = TAVRO_IMAGE_MAGIC;
-  image.ptCamera = &info;
-  image.ptPlane = &grey.info;
-  image.ptRed = &red.image;
-  image.ptGreen = &green.image;
-  image.ptBlue = &blue.image;
+  HostImage host(static_cast<int16_t>(options.camera), width, height, options.colour);
+  host.info.yHwTrigger = options.hardwareTrigger ? 1 : 0;
+  CamImage& image = host.image;
   image.yAoi = options.aoi ? 1 : 0;
   image.iAoiLeft = options.aoiRect[0];
   image.iAoiTop = options.aoiRect[1];
@@ -244,9 +171,7 @@ std::string GrabAndSave(const GrabOptions& options) {
     std::cerr << "tavro-host: some parameter or the AOI could not be applied\n";
   }
 
-  std::vector<const Plane*> planes = {&grey};
-  if (options.colour) planes = {&red, &green, &blue};
-  WritePng(options.output, width, height, planes);
+  WritePlanesPng(options.output, host);
   return "Saved a " + std::to_string(width) + " x " + std::to_string(height) +
          (options.colour ? " RGB" : " grey") + " image from camera " +
          std::to_string(options.camera) + " (" + camera.szCamKey + ") to " + options.output +

@@ -1,5 +1,6 @@
 // tavro-host: the reference host. Loads libtavro.so from its own directory
 // as any host does and drives it from the command line.
+#include <cstdint>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
@@ -20,6 +21,9 @@ struct Command {
 const Command kCommands[] = {
     {"list", "describe every camera setup finds (the default)", RunList},
     {"grab", "take one image into a PNG file", RunGrab},
+    {"live", "run live acquisition and save the live display as a PNG", RunLive},
+    {"cycle", "detach, grab, attach and grab again, showing each step", RunCycle},
+    {"order", "reorder the host camera ids", RunOrder},
 };
 
 void PrintUsage() {
@@ -36,6 +40,20 @@ void PrintUsage() {
 std::string OptionValue(const Arguments& arguments, size_t& index) {
   if (index + 1 >= arguments.size()) throw std::runtime_error(arguments[index] + " needs a value");
   return arguments[++index];
+}
+
+int32_t IntegerValue(const std::string& text, const std::string& option) {
+  size_t used = 0;
+  long value = 0;
+  try {
+    value = std::stol(text, &used);
+  } catch (const std::exception&) {
+    used = 0;
+  }
+  if (used != text.size() || value < INT32_MIN || value > INT32_MAX) {
+    throw std::runtime_error(option + ": not a number: " + text);
+  }
+  return static_cast<int32_t>(value);
 }
 
 }  // namespace tavro_host

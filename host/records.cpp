@@ -66,6 +66,14 @@ CameraSystem::~CameraSystem() {
   plugin_.tearDown(system_.get());
 }
 
+CameraRecord& CameraSystem::camera(int number) {
+  if (number < 0 || number >= cameraCount()) {
+    throw std::runtime_error("no camera " + std::to_string(number) + " (" +
+                             std::to_string(cameraCount()) + " opened)");
+  }
+  return system_->tCam[number];
+}
+
 std::string DescribeCamera(const CameraRecord& camera) {
   std::ostringstream text;
   text << "camera " << camera.iCamNum << ": " << FieldText(camera.szCamKey, sizeof camera.szCamKey)

@@ -23,6 +23,9 @@ class CameraSystem {
   SystemRecord& record() { return *system_; }
   const SystemRecord& record() const { return *system_; }
   int cameraCount() const { return system_->iNumCams; }
+  // Camera number `number`; throws std::runtime_error when setup did not
+  // open that many.
+  CameraRecord& camera(int number);
   int widest() const { return widest_; }
   int highest() const { return highest_; }
 

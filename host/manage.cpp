@@ -1,0 +1,190 @@
+// tavro-host cycle and order: the camera management entry points run one
+// step at a time, with what each step left in the records.
+#include <cstdint>
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "host_image.h"
+#include "plugin.h"
+#include "records.h"
+
+namespace tavro_host {
+namespace {
+
+constexpr const char* kCycleUsage =
+    "usage: tavro-host cycle [OPTIONS]\n"
+    "  Sets up the cameras, detaches one, grabs (which attaches it), detaches it again,\n"
+    "  attaches it and grabs, printing"
+    "  each call's result, the plug-in's messages and the slot flags after each step.\n"
+    "  --camera N          camera number (default 0)\n"
+    "  --select TEXT       use only cameras whose key occurs in TEXT\n";
+
+constexpr const char* kOrderUsage =
+    "usage: tavro-host order --map I0,I1,... [OPTIONS]\n"
+    "  Sets up the cameras and gives host id k the camera number Ik with _kxTavroOrder,\n"
+    "  printing aiCamIndex and the attached flags before and after. Ids not in the map\n"
+    "  keep their number; -1 leaves an id without a camera.\n"
+    "  --map LIST          comma-separated camera numbers, one per host id\n"
+    "  --select TEXT       use only cameras whose key occurs in TEXT\n";
+
+struct ManageOptions {
+  std::string selection;
+  int camera = 0;
+  std::vector<int32_t> map;
+};
+
+std::vector<int32_t> NumberList(const std::string& text, const std::string& option) {
+  std::vector<int32_t> numbers;
+  std::stringstream items(text);
+  std::string item;
+  while (std::getline(items, item, ',')) numbers.push_back(IntegerValue(item, option));
+  if (numbers.empty() || numbers.size() > TAVRO_MAX_CAMERAS) {
+    throw std::runtime_error(option + ": wants 1 to 16 numbers, got " + text);
+  }
+  return numbers;
+}
+
+ManageOptions ParseOptions(const Arguments& arguments, bool& help, const std::string& command) {
+  ManageOptions options;
+  for (size_t k = 0; k < arguments.size(); ++k) {
+    const std::string& name = arguments[k];
+    if (name == "--help") {
+      help = true;
+    } else if (name == "--select") {
+      options.selection = OptionValue(arguments, k);
+    } else if (name == "--camera" && command == "cycle") {
+      options.camera = IntegerValue(OptionValue(arguments, k), name);
+    } else if (name == "--map" && command == "order") {
+      options.map = NumberList(OptionValue(arguments, k), name);
+    } else {
+      throw std::runtime_error(command + ": unknown option " + name);
+    }
+  }
+  return options;
+}
+
+// Output of ours and the plug-in's lines share one stream and stay in order.
+void Step(const std::string& text) {
+  std::cout << "== " << text << std::endl;
+}
+
+void PrintSlots(const SystemRecord& system) {
+  std::cout << "   slots:";
+  for (int n = 0; n < system.iNumCams; ++n) {
+    const CameraSlot& slot = system.tSlot[n];
+    std::cout << "  " << n << ": attached " << slot.yAttached << ", live " << slot.yLive
+              << ", camera object " << (slot.pCamera != nullptr ? "present" : "none");
+  }
+  std::cout << std::endl;
+}
+
+void PrintMap(const SystemRecord& system) {
+  std::cout << "   aiCamIndex:";
+  for (int id = 0; id < TAVRO_MAX_CAMERAS; ++id) std::cout << " " << system.aiCamIndex[id];
+  std::cout << "\n   attached:";
+  for (int n = 0; n < system.iNumCams; ++n) std::cout << " " << system.tSlot[n].yAttached;
+  std::cout << std::endl;
+}
+
+int32_t LastUserValue = -1;
+int32_t RecordFinished(CamImage*, uint32_t userValue) {
+  LastUserValue = static_cast<int32_t>(userValue);
+  return 0;
+}
+
+void Grab(const Plugin& plugin, SystemRecord& system, const CameraRecord& camera, int cameraId,
+          uint32_t userValue) {
+  HostImage host(static_cast<int16_t>(cameraId), camera.iWidthMax, camera.iHeightMax, false);
+  uint32_t status = 0;
+  LastUserValue = -1;
+  const int32_t result = plugin.acquire(&host.image, 1, userValue, &status, &system);
+  std::printf(
+      "   grab: result %d, status 0x%x, %s\n", result, status,
+      LastUserValue == static_cast<int32_t>(userValue) ? "image finished" : "no image finished");
+  std::fflush(stdout);
+}
+
+void Cycle(const ManageOptions& options) {
+  const Plugin& plugin = LoadPlugin();
+  Step("setup");
+  CameraSystem cameras(plugin, options.selection);
+  SystemRecord& system = cameras.record();
+  const CameraRecord& camera = cameras.camera(options.camera);
+  system.pfnAcqFinished = RecordFinished;
+  PrintSlots(system);
+
+  const int n = options.camera;
+  Step("detach camera " + std::to_string(n));
+  std::printf("   detach: result %d\n", plugin.detach(&system, n));
+  PrintSlots(system);
+
+  Step("grab from camera " + std::to_string(n) + " (an image of a detached camera attaches it)");
+  Grab(plugin, system, camera, n, 1);
+  PrintSlots(system);
+
+  Step("detach camera " + std::to_string(n) + " again");
+  std::printf("   detach: result %d\n", plugin.detach(&system, n));
+  PrintSlots(system);
+
+  Step("attach camera " + std::to_string(n));
+  std::printf("   attach: result %d\n", plugin.attach(&system, n));
+  PrintSlots(system);
+
+  Step("grab from camera " + std::to_string(n));
+  Grab(plugin, system, camera, n, 2);
+  PrintSlots(system);
+  Step("teardown");
+}
+
+void Order(const ManageOptions& options) {
+  if (options.map.empty()) throw std::runtime_error("order: --map is required");
+  const Plugin& plugin = LoadPlugin();
+  CameraSystem cameras(plugin, options.selection);
+  SystemRecord& system = cameras.record();
+  Step("before");
+  PrintMap(system);
+
+  // Every opened camera stays wanted; only the id map changes.
+  std::vector<CameraRecord> wanted(system.tCam, system.tCam + TAVRO_MAX_CAMERAS);
+  for (int i = 0; i < TAVRO_MAX_CAMERAS; ++i) {
+    wanted[i].yEnabled = i < system.iNumCams ? 1 : 0;
+    wanted[i].iCamNum = system.aiCamIndex[i];
+  }
+  for (size_t id = 0; id < options.map.size(); ++id) wanted[id].iCamNum = options.map[id];
+  Step("_kxTavroOrder");
+  std::printf("   order: result %d\n", plugin.order(&system, wanted.data()));
+  std::fflush(stdout);
+  Step("after");
+  PrintMap(system);
+  Step("teardown");
+}
+
+int Run(const Arguments& arguments, const std::string& command, const char* usage,
+        void (*run)(const ManageOptions&)) {
+  bool help = false;
+  const ManageOptions options = ParseOptions(arguments, help, command);
+  if (help) {
+    std::cout << usage;
+    return 0;
+  }
+  EnsureProducerPath();
+  run(options);
+  return 0;
+}
+
+}  // namespace
+
+int RunCycle(const Arguments& arguments) {
+  return Run(arguments, "cycle", kCycleUsage, Cycle);
+}
+
+int RunOrder(const Arguments& arguments) {
+  return Run(arguments, "order", kOrderUsage, Order);
+}
+
+}  // namespace tavro_host
