@@ -74,12 +74,13 @@ TEST(CameraOrder, AppliesOnlyAFittingConfiguration) {
          h.system->ptLiveImage = nullptr;
        },
        unchanged},
-      {"live cannot be stopped",
+      // Live is stopped first; then nothing wanted detaches both.
+      {"live running",
        [](HostRecords& h, Wanted&) {
          h.system->yLive = 1;
          h.system->ptLiveImage = &h.image;
        },
-       unchanged},
+       {{0, 0, 0}, true, 2}},
       {"acquisition without its image",
        [](HostRecords&, Wanted&) { host_interface::tTavroCamAcq[1].yAcquiring = 1; }, unchanged},
   };
@@ -110,6 +111,7 @@ TEST(CameraOrder, AppliesOnlyAFittingConfiguration) {
           "Acquire thread started.\n";
     }
     EXPECT_EQ(out, detachLines);
+    EXPECT_EQ(host.system->yLive, 0u) << "live is stopped or forgotten before anything else";
     for (int32_t n = 0; n < 3; ++n) {
       EXPECT_EQ(host.system->tSlot[n].yAttached, row.expected.attached[n]) << "slot " << n;
     }
