@@ -21,8 +21,8 @@ void CheckAvailable(const CameraFeatures& features, size_t feature) {
   const OXEL_NODE_ACCESS_STATUS access = features.Access(feature);
   if (access == OXEL_NODE_ACCESS_STATUS_NOT_AVAILABLE ||
       access == OXEL_NODE_ACCESS_STATUS_NOT_IMPLEMENTED) {
-    Fail(OXEL_RETURN_CODE_BAD_ACCESS,
-         features.Spec(feature).name + " is " + AccessName(access) + " (" + features.Owner() + ")");
+    Fail(OXEL_RETURN_CODE_BAD_ACCESS, features.Definition(feature).name + " is " +
+                                          AccessName(access) + " (" + features.Owner() + ")");
   }
 }
 
@@ -66,10 +66,10 @@ OXEL_RETURN_CODE WriteNode(const char* function, Handle handle, OXEL_NODE_TYPE t
 
 // The entry node of the enumeration whose symbolic value is `symbolic`.
 OXEL_ENUMERATION_ENTRY_NODE EntryHandle(Node& enumeration, const std::string& symbolic) {
-  const FeatureSpec spec = enumeration.Read<FeatureSpec>(
-      [&](CameraFeatures& features) { return features.Spec(enumeration.Feature()); });
-  for (size_t i = 0; i < spec.entries.size(); ++i) {
-    if (spec.entries[i].symbolic == symbolic) {
+  const FeatureDefinition definition = enumeration.Read<FeatureDefinition>(
+      [&](CameraFeatures& features) { return features.Definition(enumeration.Feature()); });
+  for (size_t i = 0; i < definition.entries.size(); ++i) {
+    if (definition.entries[i].symbolic == symbolic) {
       return reinterpret_cast<OXEL_ENUMERATION_ENTRY_NODE>(enumeration.Entries()[i]);
     }
   }
@@ -139,9 +139,10 @@ OXEL_RETURN_CODE OXEL_FloatNode_GetIncrement(OXEL_FLOAT_NODE node, double* incre
   return ReadNode(__func__, node, OXEL_NODE_TYPE_FLOAT, increment, "increment", ReadOf::Property,
                   [](CameraFeatures& features, size_t feature, const FeatureSlot& slot) {
                     if (slot.floatInc <= 0.0) {
-                      Fail(OXEL_RETURN_CODE_NOT_AVAILABLE,
-                           std::string(CurrentFunction()) + ": " + features.Spec(feature).name +
-                               " has no constant increment (" + features.Owner() + ")");
+                      Fail(OXEL_RETURN_CODE_NOT_AVAILABLE, std::string(CurrentFunction()) + ": " +
+                                                               features.Definition(feature).name +
+                                                               " has no constant increment (" +
+                                                               features.Owner() + ")");
                     }
                     return slot.floatInc;
                   });
@@ -196,14 +197,14 @@ OXEL_RETURN_CODE OXEL_CommandNode_GetIsDone(OXEL_COMMAND_NODE node, OXEL_BOOL8* 
 OXEL_RETURN_CODE OXEL_RegisterNode_GetLength(OXEL_REGISTER_NODE node, int64_t* length) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_REGISTER, length, "length", ReadOf::Property,
                   [](CameraFeatures& features, size_t feature, const FeatureSlot&) {
-                    return features.Spec(feature).registerLength;
+                    return features.Definition(feature).registerLength;
                   });
 }
 
 OXEL_RETURN_CODE OXEL_CategoryNode_GetNumFeatures(OXEL_CATEGORY_NODE node, size_t* count) {
   return ReadNode(__func__, node, OXEL_NODE_TYPE_CATEGORY, count, "count", ReadOf::Property,
                   [](CameraFeatures& features, size_t feature, const FeatureSlot&) {
-                    return features.Spec(feature).children.size();
+                    return features.Definition(feature).children.size();
                   });
 }
 
@@ -276,6 +277,6 @@ OXEL_RETURN_CODE OXEL_EnumerationEntryNode_GetValue(OXEL_ENUMERATION_ENTRY_NODE 
   return RunApiCall(__func__, [&] {
     Ref<Node> found = FindNodeOfType(entry, OXEL_NODE_TYPE_ENUMERATION_ENTRY);
     int64_t& result = Out(value, "value");
-    result = found->Read<int64_t>([&](CameraFeatures&) { return found->EntrySpec().value; });
+    result = found->Read<int64_t>([&](CameraFeatures&) { return found->EntryDefinition().value; });
   });
 }

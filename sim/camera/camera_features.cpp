@@ -99,14 +99,14 @@ int CameraFeatures::Find(const std::string& name) const {
   return -1;
 }
 
-std::string CameraFeatures::SlotKey(const FeatureSpec& spec) const {
-  return spec.selector.empty() ? std::string() : TextOr(spec.selector.c_str(), "");
+std::string CameraFeatures::SlotKey(const FeatureDefinition& definition) const {
+  return definition.selector.empty() ? std::string() : TextOr(definition.selector.c_str(), "");
 }
 
 const FeatureSlot& CameraFeatures::StoredSlot(size_t index) const {
-  const FeatureSpec& spec = features_[index];
-  auto found = spec.slots.find(SlotKey(spec));
-  return found != spec.slots.end() ? found->second : spec.slots.begin()->second;
+  const FeatureDefinition& definition = features_[index];
+  auto found = definition.slots.find(SlotKey(definition));
+  return found != definition.slots.end() ? found->second : definition.slots.begin()->second;
 }
 
 FeatureSlot& CameraFeatures::StoredSlot(size_t index) {
@@ -120,13 +120,13 @@ FeatureSlot CameraFeatures::Current(size_t index) const {
   return slot;
 }
 
-std::string CameraFeatures::Named(const FeatureSpec& spec) const {
-  if (spec.selector.empty()) return spec.name;
-  return spec.name + " (" + spec.selector + " " + SlotKey(spec) + ")";
+std::string CameraFeatures::Named(const FeatureDefinition& definition) const {
+  if (definition.selector.empty()) return definition.name;
+  return definition.name + " (" + definition.selector + " " + SlotKey(definition) + ")";
 }
 
-void CameraFeatures::ComputeSlot(const FeatureSpec& spec, FeatureSlot& slot) const {
-  const std::string& name = spec.name;
+void CameraFeatures::ComputeSlot(const FeatureDefinition& definition, FeatureSlot& slot) const {
+  const std::string& name = definition.name;
   const int64_t sensorWidth = description_->sensorWidth;
   const int64_t sensorHeight = description_->sensorHeight;
   if (name == "Width") {
@@ -144,7 +144,7 @@ void CameraFeatures::ComputeSlot(const FeatureSpec& spec, FeatureSlot& slot) con
     const std::string base = name == "GainDefault" ? "Gain" : "BlackLevel";
     const int index = Find(base);
     if (index >= 0) {
-      const FeatureSpec& original = description_->features[static_cast<size_t>(index)];
+      const FeatureDefinition& original = description_->features[static_cast<size_t>(index)];
       auto defaults = original.slots.find(SlotKey(original));
       const FeatureSlot live = StoredSlot(static_cast<size_t>(index));
       slot.floatMin = live.floatMin;
@@ -183,40 +183,40 @@ CameraFeatures::FrameRateLimit CameraFeatures::FrameRateMaximum() const {
 }
 
 OXEL_NODE_ACCESS_STATUS CameraFeatures::Access(size_t index) const {
-  const FeatureSpec& spec = features_[index];
-  if (spec.access != OXEL_NODE_ACCESS_STATUS_READ_WRITE) return spec.access;
-  return WriteRefusal(index).empty() ? spec.access : OXEL_NODE_ACCESS_STATUS_READ_ONLY;
+  const FeatureDefinition& definition = features_[index];
+  if (definition.access != OXEL_NODE_ACCESS_STATUS_READ_WRITE) return definition.access;
+  return WriteRefusal(index).empty() ? definition.access : OXEL_NODE_ACCESS_STATUS_READ_ONLY;
 }
 
 std::string CameraFeatures::WriteRefusal(size_t index) const {
-  const FeatureSpec& spec = features_[index];
-  switch (spec.access) {
+  const FeatureDefinition& definition = features_[index];
+  switch (definition.access) {
     case OXEL_NODE_ACCESS_STATUS_NOT_IMPLEMENTED:
-      return spec.name + " is not implemented";
+      return definition.name + " is not implemented";
     case OXEL_NODE_ACCESS_STATUS_NOT_AVAILABLE:
-      return spec.name + " is not available";
+      return definition.name + " is not available";
     case OXEL_NODE_ACCESS_STATUS_READ_ONLY:
-      return spec.name + " is read-only";
+      return definition.name + " is read-only";
     default:
       break;
   }
-  if (IsAoiOrFormat(spec.name)) {
+  if (IsAoiOrFormat(definition.name)) {
     if (IntegerOr("TLParamsLocked", 0) != 0) {
-      return spec.name + " is locked while TLParamsLocked is 1";
+      return definition.name + " is locked while TLParamsLocked is 1";
     }
     if (acquisitionActive_) {
-      return spec.name +
+      return definition.name +
              " cannot change while acquisition is running (AcquisitionStart "
              "executed; execute AcquisitionStop or AcquisitionAbort first)";
     }
   }
-  if (const char* autoMode = AutoModeOf(spec.name)) {
+  if (const char* autoMode = AutoModeOf(definition.name)) {
     const std::string mode = TextOr(autoMode, "Off");
-    if (mode != "Off") return spec.name + " is read-only while " + autoMode + " is " + mode;
+    if (mode != "Off") return definition.name + " is read-only while " + autoMode + " is " + mode;
   }
-  if (spec.name == "DeviceLinkThroughputLimit" &&
+  if (definition.name == "DeviceLinkThroughputLimit" &&
       TextOr("DeviceLinkThroughputLimitMode", "On") == "Off") {
-    return spec.name + " is read-only while DeviceLinkThroughputLimitMode is Off";
+    return definition.name + " is read-only while DeviceLinkThroughputLimitMode is Off";
   }
   return {};
 }
@@ -272,8 +272,8 @@ void CameraFeatures::FitSizeToOffset(const AoiAxis& axis, int64_t offset) {
   if (size.intValue > room) size.intValue = LastStep(size.intMin, size.intInc, room);
 }
 
-std::string CameraFeatures::Dependency(const FeatureSpec& spec) const {
-  const std::string& name = spec.name;
+std::string CameraFeatures::Dependency(const FeatureDefinition& definition) const {
+  const std::string& name = definition.name;
   if (const AoiAxis* axis = AxisOfOffset(name)) {
     if (description_->aoi.offsetRule == OffsetRule::kStrict) {
       return std::string(" for ") + axis->size + " " + std::to_string(IntegerOr(axis->size, 0));
@@ -289,27 +289,27 @@ std::string CameraFeatures::Dependency(const FeatureSpec& spec) const {
 
 void CameraFeatures::SetInteger(size_t index, int64_t value) {
   BeginWrite(index);
-  const FeatureSpec& spec = features_[index];
+  const FeatureDefinition& definition = features_[index];
   const FeatureSlot slot = Current(index);
   const std::string where = " (" + owner_ + ")";
   if (value < slot.intMin) {
-    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(spec) + " " + std::to_string(value) +
+    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(definition) + " " + std::to_string(value) +
                                             " below minimum " + std::to_string(slot.intMin) +
-                                            Dependency(spec) + where);
+                                            Dependency(definition) + where);
   }
   if (value > slot.intMax) {
-    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(spec) + " " + std::to_string(value) +
+    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(definition) + " " + std::to_string(value) +
                                             " above maximum " + std::to_string(slot.intMax) +
-                                            Dependency(spec) + where);
+                                            Dependency(definition) + where);
   }
   if ((value - slot.intMin) % slot.intInc != 0) {
     Fail(OXEL_RETURN_CODE_OUT_OF_RANGE,
-         Named(spec) + " " + std::to_string(value) + " not on the increment: " +
+         Named(definition) + " " + std::to_string(value) + " not on the increment: " +
              std::to_string(value) + " - " + std::to_string(slot.intMin) +
              " is not a multiple of " + std::to_string(slot.intInc) + where);
   }
   StoredSlot(index).intValue = value;
-  const AoiAxis* axis = AxisOfOffset(spec.name);
+  const AoiAxis* axis = AxisOfOffset(definition.name);
   if (axis != nullptr && description_->aoi.offsetRule == OffsetRule::kShrinkSize) {
     FitSizeToOffset(*axis, value);
   }
@@ -317,22 +317,24 @@ void CameraFeatures::SetInteger(size_t index, int64_t value) {
 
 void CameraFeatures::SetFloat(size_t index, double value) {
   BeginWrite(index);
-  const FeatureSpec& spec = features_[index];
+  const FeatureDefinition& definition = features_[index];
   const FeatureSlot slot = Current(index);
   const std::string where = " (" + owner_ + ")";
   if (std::isnan(value)) {
-    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(spec) + " cannot be set to NaN" + where);
+    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(definition) + " cannot be set to NaN" + where);
   }
   if (value < slot.floatMin) {
-    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(spec) + " " + NumberText(value) + " below minimum " +
-                                            NumberText(slot.floatMin) + Dependency(spec) + where);
+    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(definition) + " " + NumberText(value) +
+                                            " below minimum " + NumberText(slot.floatMin) +
+                                            Dependency(definition) + where);
   }
   if (value > slot.floatMax) {
-    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(spec) + " " + NumberText(value) + " above maximum " +
-                                            NumberText(slot.floatMax) + Dependency(spec) + where);
+    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(definition) + " " + NumberText(value) +
+                                            " above maximum " + NumberText(slot.floatMax) +
+                                            Dependency(definition) + where);
   }
   if (!OnIncrement(value, slot.floatMin, slot.floatInc)) {
-    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(spec) + " " + NumberText(value) +
+    Fail(OXEL_RETURN_CODE_OUT_OF_RANGE, Named(definition) + " " + NumberText(value) +
                                             " not on the increment " + NumberText(slot.floatInc) +
                                             " above minimum " + NumberText(slot.floatMin) + where);
   }
@@ -357,19 +359,19 @@ void CameraFeatures::SetString(size_t index, const std::string& value) {
 
 void CameraFeatures::SetEnumeration(size_t index, const std::string& symbolic) {
   BeginWrite(index);
-  const FeatureSpec& spec = features_[index];
-  const EnumEntrySpec* entry = spec.FindEntry(symbolic);
+  const FeatureDefinition& definition = features_[index];
+  const EnumEntryDefinition* entry = definition.FindEntry(symbolic);
   if (entry == nullptr) {
     std::string names;
-    for (const EnumEntrySpec& each : spec.entries) {
+    for (const EnumEntryDefinition& each : definition.entries) {
       names += (names.empty() ? "" : ", ") + each.symbolic;
     }
-    Fail(OXEL_RETURN_CODE_NOT_FOUND, Named(spec) + " has no entry '" + symbolic +
+    Fail(OXEL_RETURN_CODE_NOT_FOUND, Named(definition) + " has no entry '" + symbolic +
                                          "' (entries: " + names + ") (" + owner_ + ")");
   }
   if (!entry->available) {
     Fail(OXEL_RETURN_CODE_NOT_AVAILABLE,
-         Named(spec) + " entry '" + symbolic + "' is not available (" + owner_ + ")");
+         Named(definition) + " entry '" + symbolic + "' is not available (" + owner_ + ")");
   }
   StoredSlot(index).text = symbolic;
 }
@@ -409,16 +411,17 @@ std::string CameraFeatures::TextOr(const char* name, const std::string& fallback
 std::string CameraFeatures::EnumFor(const char* name, const std::string& selectorEntry) const {
   const int index = Find(name);
   if (index < 0) return {};
-  const FeatureSpec& spec = features_[static_cast<size_t>(index)];
-  auto found = spec.slots.find(spec.selector.empty() ? std::string() : selectorEntry);
-  return found == spec.slots.end() ? std::string() : found->second.text;
+  const FeatureDefinition& definition = features_[static_cast<size_t>(index)];
+  auto found = definition.slots.find(definition.selector.empty() ? std::string() : selectorEntry);
+  return found == definition.slots.end() ? std::string() : found->second.text;
 }
 
 uint64_t CameraFeatures::PixelFormat() const {
   const int index = Find("PixelFormat");
   if (index >= 0) {
-    const FeatureSpec& spec = features_[static_cast<size_t>(index)];
-    if (const EnumEntrySpec* entry = spec.FindEntry(StoredSlot(static_cast<size_t>(index)).text)) {
+    const FeatureDefinition& definition = features_[static_cast<size_t>(index)];
+    if (const EnumEntryDefinition* entry =
+            definition.FindEntry(StoredSlot(static_cast<size_t>(index)).text)) {
       return static_cast<uint64_t>(entry->value);
     }
   }

@@ -30,7 +30,7 @@ class CameraFeatures {
   void ReleaseTransportLock();
 
   size_t Count() const { return features_.size(); }
-  const FeatureSpec& Spec(size_t index) const { return features_[index]; }
+  const FeatureDefinition& Definition(size_t index) const { return features_[index]; }
   // Index of the feature, or -1.
   int Find(const std::string& name) const;
 
@@ -92,23 +92,23 @@ class CameraFeatures {
 
   const FeatureSlot& StoredSlot(size_t index) const;
   FeatureSlot& StoredSlot(size_t index);
-  std::string SlotKey(const FeatureSpec& spec) const;
-  void ComputeSlot(const FeatureSpec& spec, FeatureSlot& slot) const;
+  std::string SlotKey(const FeatureDefinition& definition) const;
+  void ComputeSlot(const FeatureDefinition& definition, FeatureSlot& slot) const;
   FrameRateLimit FrameRateMaximum() const;
   std::string WriteRefusal(size_t index) const;
-  std::string Dependency(const FeatureSpec& spec) const;
+  std::string Dependency(const FeatureDefinition& definition) const;
   int64_t SensorSize(const AoiAxis& axis) const;
   int64_t SizeMinimum(const AoiAxis& axis) const;
   // How far the offset may go under the camera's offset rule.
   int64_t OffsetRoom(const AoiAxis& axis) const;
   // A new offset that leaves the size no room shrinks the size.
   void FitSizeToOffset(const AoiAxis& axis, int64_t offset);
-  std::string Named(const FeatureSpec& spec) const;
+  std::string Named(const FeatureDefinition& definition) const;
   void ApplyDescription(bool userSetOnly);
 
   const CameraDescription* description_;
   std::string owner_;
-  std::vector<FeatureSpec> features_;
+  std::vector<FeatureDefinition> features_;
   std::vector<Runtime> runtime_;
   bool acquisitionActive_ = false;
 };

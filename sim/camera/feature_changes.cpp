@@ -30,16 +30,16 @@ OXEL_NODE_ACCESS_STATUS ParseAccess(const JsonReader& reader) {
 }
 
 // Changes one slot: min, max, inc and value as the feature's kind has them.
-void ChangeSlot(const FeatureSpec& spec, FeatureSlot& slot, const JsonReader& change) {
+void ChangeSlot(const FeatureDefinition& definition, FeatureSlot& slot, const JsonReader& change) {
   auto part = [&](const char* key, unsigned computed) -> std::optional<JsonReader> {
     std::optional<JsonReader> member = change.Optional(key);
-    if (member && (spec.computed & computed) != 0) {
+    if (member && (definition.computed & computed) != 0) {
       member->Fail(std::string("no \"") + key + "\": the camera computes the " + key + " of " +
-                   spec.name);
+                   definition.name);
     }
     return member;
   };
-  switch (spec.type) {
+  switch (definition.type) {
     case OXEL_NODE_TYPE_INTEGER:
       if (auto min = part("min", kComputedMinimum)) slot.intMin = min->Integer();
       if (auto max = part("max", kComputedMaximum)) slot.intMax = max->Integer();
@@ -67,10 +67,10 @@ void ChangeSlot(const FeatureSpec& spec, FeatureSlot& slot, const JsonReader& ch
   }
 }
 
-std::vector<EnumEntrySpec> ParseEntries(const JsonReader& reader) {
-  std::vector<EnumEntrySpec> entries;
+std::vector<EnumEntryDefinition> ParseEntries(const JsonReader& reader) {
+  std::vector<EnumEntryDefinition> entries;
   for (const JsonReader& item : reader.Array()) {
-    EnumEntrySpec entry;
+    EnumEntryDefinition entry;
     entry.value = static_cast<int64_t>(entries.size());
     if (item.IsString()) {
       entry.symbolic = item.NonEmptyString();
@@ -80,7 +80,7 @@ std::vector<EnumEntrySpec> ParseEntries(const JsonReader& reader) {
       if (auto available = item.Optional("available")) entry.available = available->Boolean();
       if (auto value = item.Optional("value")) entry.value = value->Integer();
     }
-    for (const EnumEntrySpec& other : entries) {
+    for (const EnumEntryDefinition& other : entries) {
       if (other.symbolic == entry.symbolic) item.Fail("entry names that differ");
     }
     entries.push_back(entry);
@@ -89,8 +89,8 @@ std::vector<EnumEntrySpec> ParseEntries(const JsonReader& reader) {
   return entries;
 }
 
-void AllowKeysFor(const FeatureSpec& spec, const JsonReader& change) {
-  switch (spec.type) {
+void AllowKeysFor(const FeatureDefinition& definition, const JsonReader& change) {
+  switch (definition.type) {
     case OXEL_NODE_TYPE_INTEGER:
       return change.AllowOnly({"type", "access", "min", "max", "inc", "value", "perSelector"});
     case OXEL_NODE_TYPE_FLOAT:
@@ -108,97 +108,103 @@ void AllowKeysFor(const FeatureSpec& spec, const JsonReader& change) {
   }
 }
 
-void ChangeFeature(FeatureSpec& spec, const JsonReader& change) {
-  AllowKeysFor(spec, change);
+void ChangeFeature(FeatureDefinition& definition, const JsonReader& change) {
+  AllowKeysFor(definition, change);
   if (auto type = change.Optional("type")) {
-    if (ParseType(*type) != spec.type) {
-      type->Fail(std::string("\"") + NodeTypeName(spec.type) + "\", the kind of " + spec.name);
+    if (ParseType(*type) != definition.type) {
+      type->Fail(std::string("\"") + NodeTypeName(definition.type) + "\", the kind of " +
+                 definition.name);
     }
   }
-  if (auto access = change.Optional("access")) spec.access = ParseAccess(*access);
+  if (auto access = change.Optional("access")) definition.access = ParseAccess(*access);
   if (auto entries = change.Optional("entries")) {
-    if (spec.name == "PixelFormat") {
+    if (definition.name == "PixelFormat") {
       entries->Fail("no \"entries\" for PixelFormat: list the formats in \"pixelFormats\"");
     }
-    spec.entries = ParseEntries(*entries);
-    const bool keepsCurrent = spec.FindEntry(spec.slots.begin()->second.text) != nullptr;
+    definition.entries = ParseEntries(*entries);
+    const bool keepsCurrent =
+        definition.FindEntry(definition.slots.begin()->second.text) != nullptr;
     if (!keepsCurrent) {
-      for (auto& [key, slot] : spec.slots) slot.text = spec.entries.front().symbolic;
+      for (auto& [key, slot] : definition.slots) slot.text = definition.entries.front().symbolic;
     }
   }
-  if (auto unit = change.Optional("unit")) spec.unit = unit->String();
-  if (auto length = change.Optional("length")) spec.registerLength = length->Positive();
-  for (auto& [key, slot] : spec.slots) ChangeSlot(spec, slot, change);
+  if (auto unit = change.Optional("unit")) definition.unit = unit->String();
+  if (auto length = change.Optional("length")) definition.registerLength = length->Positive();
+  for (auto& [key, slot] : definition.slots) ChangeSlot(definition, slot, change);
 }
 
-FeatureSpec NewFeature(const std::string& name, const JsonReader& change) {
+FeatureDefinition NewFeature(const std::string& name, const JsonReader& change) {
   if (!change.IsObject() || !change.Optional("type")) {
     change.Refuse("'" + name +
                   "' is not a feature of this camera; check the name, or give the \"type\" of "
                   "a feature of its own");
   }
-  FeatureSpec spec;
-  spec.name = name;
-  spec.type = ParseType(change.Member("type"));
-  if (spec.type == OXEL_NODE_TYPE_ENUMERATION_ENTRY || spec.type == OXEL_NODE_TYPE_CATEGORY) {
+  FeatureDefinition definition;
+  definition.name = name;
+  definition.type = ParseType(change.Member("type"));
+  if (definition.type == OXEL_NODE_TYPE_ENUMERATION_ENTRY ||
+      definition.type == OXEL_NODE_TYPE_CATEGORY) {
     change.Member("type").Fail("a feature kind other than Category");
   }
-  FeatureSlot& slot = spec.slots[""];
-  slot.intMax = spec.type == OXEL_NODE_TYPE_BOOLEAN ? 1 : 100;
+  FeatureSlot& slot = definition.slots[""];
+  slot.intMax = definition.type == OXEL_NODE_TYPE_BOOLEAN ? 1 : 100;
   slot.floatMax = 100.0;
-  if (spec.type == OXEL_NODE_TYPE_COMMAND) spec.access = OXEL_NODE_ACCESS_STATUS_WRITE_ONLY;
-  if (spec.type == OXEL_NODE_TYPE_REGISTER) spec.registerLength = 4;
-  if (spec.type == OXEL_NODE_TYPE_ENUMERATION) {
-    spec.entries = ParseEntries(change.Member("entries"));
-    slot.text = spec.entries.front().symbolic;
+  if (definition.type == OXEL_NODE_TYPE_COMMAND)
+    definition.access = OXEL_NODE_ACCESS_STATUS_WRITE_ONLY;
+  if (definition.type == OXEL_NODE_TYPE_REGISTER) definition.registerLength = 4;
+  if (definition.type == OXEL_NODE_TYPE_ENUMERATION) {
+    definition.entries = ParseEntries(change.Member("entries"));
+    slot.text = definition.entries.front().symbolic;
   }
   if (change.Optional("perSelector")) {
     change.Member("perSelector").Fail("no \"perSelector\": features of a file have no selector");
   }
-  ChangeFeature(spec, change);
-  return spec;
+  ChangeFeature(definition, change);
+  return definition;
 }
 
-void RemoveFeature(std::vector<FeatureSpec>& features, const std::string& name) {
-  std::erase_if(features, [&](const FeatureSpec& spec) { return spec.name == name; });
-  for (FeatureSpec& spec : features) std::erase(spec.children, name);
+void RemoveFeature(std::vector<FeatureDefinition>& features, const std::string& name) {
+  std::erase_if(features,
+                [&](const FeatureDefinition& definition) { return definition.name == name; });
+  for (FeatureDefinition& definition : features) std::erase(definition.children, name);
 }
 
-FeatureSpec* Find(std::vector<FeatureSpec>& features, const std::string& name) {
-  for (FeatureSpec& spec : features) {
-    if (spec.name == name) return &spec;
+FeatureDefinition* Find(std::vector<FeatureDefinition>& features, const std::string& name) {
+  for (FeatureDefinition& definition : features) {
+    if (definition.name == name) return &definition;
   }
   return nullptr;
 }
 
 // Gives every selected feature one slot per entry of its selector.
-void ExpandSelected(std::vector<FeatureSpec>& features) {
-  for (FeatureSpec& spec : features) {
-    if (spec.selector.empty()) continue;
-    const FeatureSpec* selector = Find(features, spec.selector);
-    const FeatureSlot common = spec.slots.begin()->second;
-    spec.slots.clear();
+void ExpandSelected(std::vector<FeatureDefinition>& features) {
+  for (FeatureDefinition& definition : features) {
+    if (definition.selector.empty()) continue;
+    const FeatureDefinition* selector = Find(features, definition.selector);
+    const FeatureSlot common = definition.slots.begin()->second;
+    definition.slots.clear();
     if (selector == nullptr || selector->type != OXEL_NODE_TYPE_ENUMERATION) {
-      spec.selector.clear();
-      spec.slots[""] = common;
+      definition.selector.clear();
+      definition.slots[""] = common;
       continue;
     }
-    for (const EnumEntrySpec& entry : selector->entries) spec.slots[entry.symbolic] = common;
+    for (const EnumEntryDefinition& entry : selector->entries)
+      definition.slots[entry.symbolic] = common;
   }
 }
 
-void ChangePerSelector(FeatureSpec& spec, const JsonReader& perSelector) {
-  if (spec.selector.empty()) {
-    perSelector.Fail("no \"perSelector\": " + spec.name + " has no selector on this camera");
+void ChangePerSelector(FeatureDefinition& definition, const JsonReader& perSelector) {
+  if (definition.selector.empty()) {
+    perSelector.Fail("no \"perSelector\": " + definition.name + " has no selector on this camera");
   }
   for (const std::string& key : perSelector.Keys()) {
-    auto slot = spec.slots.find(key);
+    auto slot = definition.slots.find(key);
     const JsonReader change = perSelector.Member(key);
-    if (slot == spec.slots.end()) {
-      change.Fail("an entry of " + spec.selector + " as the key, not \"" + key + "\"");
+    if (slot == definition.slots.end()) {
+      change.Fail("an entry of " + definition.selector + " as the key, not \"" + key + "\"");
     }
     change.AllowOnly({"min", "max", "inc", "value"});
-    ChangeSlot(spec, slot->second, change);
+    ChangeSlot(definition, slot->second, change);
   }
 }
 
@@ -208,17 +214,18 @@ bool OnIncrement(double value, double min, double inc) {
   return std::fabs(steps - std::nearbyint(steps)) < 1e-9 * std::max(1.0, std::fabs(steps));
 }
 
-std::string Where(const FeatureSpec& spec, const std::string& slotKey) {
-  return spec.name + (slotKey.empty() ? "" : " (" + spec.selector + " " + slotKey + ")");
+std::string Where(const FeatureDefinition& definition, const std::string& slotKey) {
+  return definition.name +
+         (slotKey.empty() ? "" : " (" + definition.selector + " " + slotKey + ")");
 }
 
-void CheckSlot(const FeatureSpec& spec, const std::string& key, const FeatureSlot& slot,
+void CheckSlot(const FeatureDefinition& definition, const std::string& key, const FeatureSlot& slot,
                const JsonReader& place) {
-  const std::string where = Where(spec, key);
+  const std::string where = Where(definition, key);
   auto refuse = [&](const std::string& what) { place.Refuse(where + " " + what); };
-  const bool checkMaximum = (spec.computed & kComputedMaximum) == 0;
-  if ((spec.computed & kComputedValue) != 0) return;
-  switch (spec.type) {
+  const bool checkMaximum = (definition.computed & kComputedMaximum) == 0;
+  if ((definition.computed & kComputedValue) != 0) return;
+  switch (definition.type) {
     case OXEL_NODE_TYPE_INTEGER:
       if (slot.intMin > slot.intMax) refuse("has a minimum above its maximum");
       if (slot.intValue < slot.intMin) {
@@ -250,7 +257,7 @@ void CheckSlot(const FeatureSpec& spec, const std::string& key, const FeatureSlo
       }
       break;
     case OXEL_NODE_TYPE_ENUMERATION: {
-      const EnumEntrySpec* entry = spec.FindEntry(slot.text);
+      const EnumEntryDefinition* entry = definition.FindEntry(slot.text);
       if (entry == nullptr || !entry->available) {
         refuse("value \"" + slot.text + "\" is not an available entry");
       }
@@ -263,8 +270,8 @@ void CheckSlot(const FeatureSpec& spec, const std::string& key, const FeatureSlo
 
 void CheckAoi(const CameraDescription& camera, const JsonReader& place) {
   auto value = [&](const char* name) {
-    const FeatureSpec* spec = camera.FindFeature(name);
-    return spec == nullptr ? 0 : spec->slots.begin()->second.intValue;
+    const FeatureDefinition* definition = camera.FindFeature(name);
+    return definition == nullptr ? 0 : definition->slots.begin()->second.intValue;
   };
   if (value("OffsetX") + value("Width") > camera.sensorWidth) {
     place.Refuse("the area of interest leaves the sensor: OffsetX " +
@@ -286,31 +293,31 @@ void ApplyFeatureChanges(CameraDescription& camera, const JsonReader& cameraPlac
   if (changes) {
     for (const std::string& name : changes->Keys()) {
       const JsonReader change = changes->Member(name);
-      FeatureSpec* spec = Find(camera.features, name);
+      FeatureDefinition* definition = Find(camera.features, name);
       if (change.IsString()) {
         if (change.String() != "absent") change.Fail("\"absent\" or an object");
-        if (spec == nullptr) change.Fail("\"absent\" only for a feature the camera has");
+        if (definition == nullptr) change.Fail("\"absent\" only for a feature the camera has");
         RemoveFeature(camera.features, name);
         continue;
       }
-      if (spec == nullptr) {
+      if (definition == nullptr) {
         camera.features.push_back(NewFeature(name, change));
         camera.features.front().children.push_back(name);
         continue;
       }
       if (!change.IsObject()) change.Fail("\"absent\" or an object");
-      ChangeFeature(*spec, change);
+      ChangeFeature(*definition, change);
       if (auto selected = change.Optional("perSelector")) perSelector.emplace_back(name, *selected);
     }
   }
   ExpandSelected(camera.features);
   for (auto& [name, reader] : perSelector) ChangePerSelector(*Find(camera.features, name), reader);
 
-  for (const FeatureSpec& spec : camera.features) {
+  for (const FeatureDefinition& definition : camera.features) {
     std::optional<JsonReader> place;
-    if (changes) place = changes->Optional(spec.name);
+    if (changes) place = changes->Optional(definition.name);
     if (!place) place = changes ? *changes : cameraPlace;
-    for (const auto& [key, slot] : spec.slots) CheckSlot(spec, key, slot, *place);
+    for (const auto& [key, slot] : definition.slots) CheckSlot(definition, key, slot, *place);
   }
   CheckAoi(camera, cameraPlace);
 }

@@ -8,92 +8,93 @@ namespace {
 
 constexpr OXEL_NODE_ACCESS_STATUS kReadOnly = OXEL_NODE_ACCESS_STATUS_READ_ONLY;
 
-FeatureSpec Make(const std::string& name, OXEL_NODE_TYPE type) {
-  FeatureSpec spec;
-  spec.name = name;
-  spec.type = type;
-  spec.slots[""] = FeatureSlot{};
-  return spec;
+FeatureDefinition Make(const std::string& name, OXEL_NODE_TYPE type) {
+  FeatureDefinition definition;
+  definition.name = name;
+  definition.type = type;
+  definition.slots[""] = FeatureSlot{};
+  return definition;
 }
 
-FeatureSpec Category(const std::string& name, std::vector<std::string> children) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_CATEGORY);
-  spec.access = kReadOnly;
-  spec.children = std::move(children);
-  return spec;
+FeatureDefinition Category(const std::string& name, std::vector<std::string> children) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_CATEGORY);
+  definition.access = kReadOnly;
+  definition.children = std::move(children);
+  return definition;
 }
 
-FeatureSpec Integer(const std::string& name, int64_t min, int64_t max, int64_t inc, int64_t value) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_INTEGER);
-  FeatureSlot& slot = spec.slots[""];
+FeatureDefinition Integer(const std::string& name, int64_t min, int64_t max, int64_t inc,
+                          int64_t value) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_INTEGER);
+  FeatureSlot& slot = definition.slots[""];
   slot.intMin = min;
   slot.intMax = max;
   slot.intInc = inc;
   slot.intValue = value;
-  return spec;
+  return definition;
 }
 
-FeatureSpec Float(const std::string& name, double min, double max, double value,
-                  const std::string& unit) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_FLOAT);
-  FeatureSlot& slot = spec.slots[""];
+FeatureDefinition Float(const std::string& name, double min, double max, double value,
+                        const std::string& unit) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_FLOAT);
+  FeatureSlot& slot = definition.slots[""];
   slot.floatMin = min;
   slot.floatMax = max;
   slot.floatValue = value;
-  spec.unit = unit;
-  return spec;
+  definition.unit = unit;
+  return definition;
 }
 
-FeatureSpec Enumeration(const std::string& name, std::vector<std::string> symbols,
-                        const std::string& current) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_ENUMERATION);
+FeatureDefinition Enumeration(const std::string& name, std::vector<std::string> symbols,
+                              const std::string& current) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_ENUMERATION);
   for (size_t i = 0; i < symbols.size(); ++i) {
-    spec.entries.push_back(EnumEntrySpec{symbols[i], static_cast<int64_t>(i), true});
+    definition.entries.push_back(EnumEntryDefinition{symbols[i], static_cast<int64_t>(i), true});
   }
-  spec.slots[""].text = current;
-  return spec;
+  definition.slots[""].text = current;
+  return definition;
 }
 
-FeatureSpec Command(const std::string& name) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_COMMAND);
-  spec.access = OXEL_NODE_ACCESS_STATUS_WRITE_ONLY;
-  return spec;
+FeatureDefinition Command(const std::string& name) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_COMMAND);
+  definition.access = OXEL_NODE_ACCESS_STATUS_WRITE_ONLY;
+  return definition;
 }
 
-FeatureSpec Text(const std::string& name, const std::string& value,
-                 OXEL_NODE_ACCESS_STATUS access) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_STRING);
-  spec.access = access;
-  spec.slots[""].text = value;
-  return spec;
+FeatureDefinition Text(const std::string& name, const std::string& value,
+                       OXEL_NODE_ACCESS_STATUS access) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_STRING);
+  definition.access = access;
+  definition.slots[""].text = value;
+  return definition;
 }
 
-FeatureSpec Boolean(const std::string& name, bool value) {
-  FeatureSpec spec = Make(name, OXEL_NODE_TYPE_BOOLEAN);
-  spec.slots[""].intValue = value ? 1 : 0;
-  spec.slots[""].intMax = 1;
-  return spec;
+FeatureDefinition Boolean(const std::string& name, bool value) {
+  FeatureDefinition definition = Make(name, OXEL_NODE_TYPE_BOOLEAN);
+  definition.slots[""].intValue = value ? 1 : 0;
+  definition.slots[""].intMax = 1;
+  return definition;
 }
 
-FeatureSpec WithComputed(FeatureSpec spec, unsigned computed) {
-  spec.computed = computed;
+FeatureDefinition WithComputed(FeatureDefinition definition, unsigned computed) {
+  definition.computed = computed;
   if ((computed & kComputedValue) != 0 &&
       (computed & (kComputedMinimum | kComputedMaximum)) == (kComputedMinimum | kComputedMaximum)) {
-    spec.access = kReadOnly;
+    definition.access = kReadOnly;
   }
-  return spec;
+  return definition;
 }
 
-FeatureSpec Selected(FeatureSpec spec, const std::string& selector) {
-  spec.selector = selector;
-  return spec;
+FeatureDefinition Selected(FeatureDefinition definition, const std::string& selector) {
+  definition.selector = selector;
+  return definition;
 }
 
-FeatureSpec Unavailable(FeatureSpec spec, const std::string& symbolic) {
-  for (EnumEntrySpec& entry : spec.entries) {
+FeatureDefinition Unavailable(FeatureDefinition definition, const std::string& symbolic) {
+  for (EnumEntryDefinition& entry : definition.entries) {
     if (entry.symbolic == symbolic) entry.available = false;
   }
-  return spec;
+  return definition;
 }
 
 // The largest value min + k * inc that does not exceed `limit`.
@@ -102,26 +103,27 @@ int64_t LastStep(int64_t min, int64_t inc, int64_t limit) {
   return min + (limit - min) / inc * inc;
 }
 
-FeatureSpec PixelFormatFeature(const CameraDescription& camera) {
-  FeatureSpec spec = Make("PixelFormat", OXEL_NODE_TYPE_ENUMERATION);
-  for (const PixelFormatSpec& format : camera.pixelFormats) {
-    spec.entries.push_back(
-        EnumEntrySpec{format.name, static_cast<int64_t>(format.code), format.available});
-    if (format.available && spec.slots[""].text.empty()) spec.slots[""].text = format.name;
+FeatureDefinition PixelFormatFeature(const CameraDescription& camera) {
+  FeatureDefinition definition = Make("PixelFormat", OXEL_NODE_TYPE_ENUMERATION);
+  for (const PixelFormatDefinition& format : camera.pixelFormats) {
+    definition.entries.push_back(
+        EnumEntryDefinition{format.name, static_cast<int64_t>(format.code), format.available});
+    if (format.available && definition.slots[""].text.empty())
+      definition.slots[""].text = format.name;
   }
-  return spec;
+  return definition;
 }
 
 }  // namespace
 
-std::vector<FeatureSpec> StandardFeatures(const CameraDescription& camera) {
+std::vector<FeatureDefinition> StandardFeatures(const CameraDescription& camera) {
   const AoiRules& aoi = camera.aoi;
   const int64_t fullWidth = LastStep(aoi.widthMinimum, aoi.widthIncrement, camera.sensorWidth);
   const int64_t fullHeight = LastStep(aoi.heightMinimum, aoi.heightIncrement, camera.sensorHeight);
   const unsigned computedRange = kComputedMinimum | kComputedMaximum;
   const unsigned computedAll = computedRange | kComputedValue;
 
-  std::vector<FeatureSpec> features;
+  std::vector<FeatureDefinition> features;
   features.push_back(
       Category("Root", {"DeviceControl", "ImageFormatControl", "AcquisitionControl",
                         "AnalogControl", "TransportLayerControl", "UserSetControl", "LUTControl"}));
@@ -134,7 +136,7 @@ std::vector<FeatureSpec> StandardFeatures(const CameraDescription& camera) {
   features.push_back(
       Text("DeviceUserID", camera.userDefinedName, OXEL_NODE_ACCESS_STATUS_READ_WRITE));
   features.push_back(Enumeration("DeviceLinkThroughputLimitMode", {"On", "Off"}, "On"));
-  FeatureSpec throughput =
+  FeatureDefinition throughput =
       Integer("DeviceLinkThroughputLimit", 10'000'000, 400'000'000, 4, 400'000'000);
   throughput.unit = "B/s";
   features.push_back(throughput);
@@ -214,7 +216,7 @@ std::vector<FeatureSpec> StandardFeatures(const CameraDescription& camera) {
   features.push_back(Command("UserSetLoad"));
 
   features.push_back(Category("LUTControl", {"LUTValueAll"}));
-  FeatureSpec lut = Make("LUTValueAll", OXEL_NODE_TYPE_REGISTER);
+  FeatureDefinition lut = Make("LUTValueAll", OXEL_NODE_TYPE_REGISTER);
   lut.registerLength = 1024;
   features.push_back(lut);
   return features;

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "camera/feature_spec.h"
+#include "camera/feature_definition.h"
 #include "producer/producer_file.h"
 
 namespace oxelsim {
@@ -12,6 +12,6 @@ namespace oxelsim {
 // Selected features (Gain by GainSelector, TriggerMode by TriggerSelector, ...)
 // come with one slot under "" that ExpandSelectedFeatures copies to every
 // entry of their selector.
-std::vector<FeatureSpec> StandardFeatures(const CameraDescription& camera);
+std::vector<FeatureDefinition> StandardFeatures(const CameraDescription& camera);
 
 }  // namespace oxelsim

@@ -40,10 +40,10 @@ OXEL_RETURN_CODE ParseFaultCode(const JsonReader& reader) {
   reader.Fail("a return code name such as \"OUT_OF_RANGE\" or a number");
 }
 
-std::vector<PixelFormatSpec> ParsePixelFormats(const JsonReader& reader) {
-  std::vector<PixelFormatSpec> formats;
+std::vector<PixelFormatDefinition> ParsePixelFormats(const JsonReader& reader) {
+  std::vector<PixelFormatDefinition> formats;
   for (const JsonReader& item : reader.Array()) {
-    PixelFormatSpec format;
+    PixelFormatDefinition format;
     const JsonReader* nameReader = &item;
     std::optional<JsonReader> member;
     if (!item.IsString()) {
@@ -54,13 +54,14 @@ std::vector<PixelFormatSpec> ParsePixelFormats(const JsonReader& reader) {
     }
     format.name = nameReader->Choice({"Mono8", "BGR8"});
     format.code = PixelFormatCode(format.name);
-    for (const PixelFormatSpec& other : formats) {
+    for (const PixelFormatDefinition& other : formats) {
       if (other.name == format.name) item.Fail("each pixel format once");
     }
     formats.push_back(format);
   }
   bool anyAvailable = false;
-  for (const PixelFormatSpec& format : formats) anyAvailable = anyAvailable || format.available;
+  for (const PixelFormatDefinition& format : formats)
+    anyAvailable = anyAvailable || format.available;
   if (!anyAvailable) reader.Fail("at least one available pixel format");
   return formats;
 }
@@ -142,7 +143,7 @@ CameraDescription ParseCamera(const JsonReader& reader) {
       camera.aoi.heightMinimum > camera.sensorHeight) {
     reader.Member("aoi").Fail("minimum sizes that fit the sensor");
   }
-  camera.pixelFormats = {PixelFormatSpec{"Mono8", OXEL_SIM_PIXEL_FORMAT_MONO8, true}};
+  camera.pixelFormats = {PixelFormatDefinition{"Mono8", OXEL_SIM_PIXEL_FORMAT_MONO8, true}};
   if (auto formats = reader.Optional("pixelFormats"))
     camera.pixelFormats = ParsePixelFormats(*formats);
   camera.maxFrameRate = 60.0;
@@ -216,9 +217,9 @@ std::string ReadWholeFile(const std::string& path) {
 
 }  // namespace
 
-const FeatureSpec* CameraDescription::FindFeature(const std::string& name) const {
-  for (const FeatureSpec& spec : features) {
-    if (spec.name == name) return &spec;
+const FeatureDefinition* CameraDescription::FindFeature(const std::string& name) const {
+  for (const FeatureDefinition& definition : features) {
+    if (definition.name == name) return &definition;
   }
   return nullptr;
 }

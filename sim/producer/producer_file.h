@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "camera/feature_spec.h"
+#include "camera/feature_definition.h"
 #include "oxel/oxel_c.h"
 
 namespace oxelsim {
 
-struct PixelFormatSpec {
+struct PixelFormatDefinition {
   std::string name;
   uint64_t code = 0;  // PFNC
   bool available = true;
@@ -54,16 +54,16 @@ struct CameraDescription {
   int64_t sensorWidth = 0;
   int64_t sensorHeight = 0;
   AoiRules aoi;
-  std::vector<PixelFormatSpec> pixelFormats;
+  std::vector<PixelFormatDefinition> pixelFormats;
   double maxFrameRate = 0.0;  // sensor read-out limit at full height
   size_t dataStreamCount = 1;
   size_t minBufferCount = 3;
   bool definesPayloadSize = true;
   int32_t dropFrames = 0;
   std::vector<WriteFault> failWrites;
-  std::vector<FeatureSpec> features;  // complete: defaults with the file's changes
+  std::vector<FeatureDefinition> features;  // complete: defaults with the file's changes
 
-  const FeatureSpec* FindFeature(const std::string& name) const;
+  const FeatureDefinition* FindFeature(const std::string& name) const;
 };
 
 struct InterfaceDescription {

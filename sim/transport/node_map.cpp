@@ -21,12 +21,12 @@ class InfoHost : public FeatureHost {
     CameraDescription description;
     description.id = owner;
     for (const auto& [name, text] : texts) {
-      FeatureSpec spec;
-      spec.name = name;
-      spec.type = OXEL_NODE_TYPE_STRING;
-      spec.access = OXEL_NODE_ACCESS_STATUS_READ_ONLY;
-      spec.slots[""].text = text;
-      description.features.push_back(spec);
+      FeatureDefinition definition;
+      definition.name = name;
+      definition.type = OXEL_NODE_TYPE_STRING;
+      definition.access = OXEL_NODE_ACCESS_STATUS_READ_ONLY;
+      definition.slots[""].text = text;
+      description.features.push_back(definition);
     }
     return description;
   }
@@ -41,7 +41,8 @@ class InfoHost : public FeatureHost {
 OXEL_NODE_ACCESS_STATUS Node::Access() const {
   return Read<OXEL_NODE_ACCESS_STATUS>([&](CameraFeatures& features) {
     if (entry_ < 0) return features.Access(feature_);
-    const bool available = features.Spec(feature_).entries[static_cast<size_t>(entry_)].available;
+    const bool available =
+        features.Definition(feature_).entries[static_cast<size_t>(entry_)].available;
     return static_cast<OXEL_NODE_ACCESS_STATUS>(available ? OXEL_NODE_ACCESS_STATUS_READ_ONLY
                                                           : OXEL_NODE_ACCESS_STATUS_NOT_AVAILABLE);
   });
@@ -49,11 +50,11 @@ OXEL_NODE_ACCESS_STATUS Node::Access() const {
 
 std::string Node::DisplayName() const {
   if (entry_ < 0) return DisplayNameOf(name_);
-  return Read<std::string>([&](CameraFeatures&) { return EntrySpec().symbolic; });
+  return Read<std::string>([&](CameraFeatures&) { return EntryDefinition().symbolic; });
 }
 
-const EnumEntrySpec& Node::EntrySpec() const {
-  return map_.Host().Features().Spec(feature_).entries[static_cast<size_t>(entry_)];
+const EnumEntryDefinition& Node::EntryDefinition() const {
+  return map_.Host().Features().Definition(feature_).entries[static_cast<size_t>(entry_)];
 }
 
 void Node::Write(const std::function<void(CameraFeatures&)>& write) {
@@ -89,12 +90,13 @@ NodeMap::NodeMap(std::shared_ptr<FeatureHost> host) : host_(std::move(host)) {
   std::unique_lock lock = host_->Lock();
   CameraFeatures& features = host_->Features();
   for (size_t i = 0; i < features.Count(); ++i) {
-    const FeatureSpec& spec = features.Spec(i);
-    nodes_.push_back(std::make_unique<Node>(*this, i, -1, spec.name, spec.type));
+    const FeatureDefinition& definition = features.Definition(i);
+    nodes_.push_back(std::make_unique<Node>(*this, i, -1, definition.name, definition.type));
     Node* feature = nodes_.back().get();
-    for (size_t e = 0; e < spec.entries.size(); ++e) {
+    for (size_t e = 0; e < definition.entries.size(); ++e) {
       nodes_.push_back(std::make_unique<Node>(
-          *this, i, static_cast<int>(e), "EnumEntry_" + spec.name + "_" + spec.entries[e].symbolic,
+          *this, i, static_cast<int>(e),
+          "EnumEntry_" + definition.name + "_" + definition.entries[e].symbolic,
           OXEL_NODE_TYPE_ENUMERATION_ENTRY));
       feature->Entries().push_back(nodes_.back().get());
     }

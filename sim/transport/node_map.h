@@ -47,7 +47,7 @@ class Node {
   OXEL_NODE_ACCESS_STATUS Access() const;
   std::string DisplayName() const;
   // With the host's lock held.
-  const EnumEntrySpec& EntrySpec() const;
+  const EnumEntryDefinition& EntryDefinition() const;
 
   // Reads under the host's lock.
   template <class Result>

@@ -1,11 +1,11 @@
-#include "camera/feature_spec.h"
+#include "camera/feature_definition.h"
 
 #include <cctype>
 
 namespace oxelsim {
 
-const EnumEntrySpec* FeatureSpec::FindEntry(const std::string& symbolic) const {
-  for (const EnumEntrySpec& entry : entries) {
+const EnumEntryDefinition* FeatureDefinition::FindEntry(const std::string& symbolic) const {
+  for (const EnumEntryDefinition& entry : entries) {
     if (entry.symbolic == symbolic) return &entry;
   }
   return nullptr;

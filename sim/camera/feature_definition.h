@@ -1,5 +1,5 @@
 // What a simulated camera feature is: its kind, access, ranges and values.
-// A producer file yields one FeatureSpec per feature (the camera's power-on
+// A producer file yields one FeatureDefinition per feature (the camera's power-on
 // state); the running camera keeps a copy that its writes change.
 #pragma once
 
@@ -25,7 +25,7 @@ struct FeatureSlot {
   std::string text;       // String value, or the enumeration's current entry
 };
 
-struct EnumEntrySpec {
+struct EnumEntryDefinition {
   std::string symbolic;
   int64_t value = 0;
   bool available = true;
@@ -39,19 +39,19 @@ enum Computed : unsigned {
   kComputedValue = 4,
 };
 
-struct FeatureSpec {
+struct FeatureDefinition {
   std::string name;
   OXEL_NODE_TYPE type = OXEL_NODE_TYPE_INTEGER;
   OXEL_NODE_ACCESS_STATUS access = OXEL_NODE_ACCESS_STATUS_READ_WRITE;
   unsigned computed = kComputedNone;
   std::string selector;                      // enumeration choosing the slot, or empty
   std::map<std::string, FeatureSlot> slots;  // by selector entry; "" without selector
-  std::vector<EnumEntrySpec> entries;        // enumerations
+  std::vector<EnumEntryDefinition> entries;  // enumerations
   std::vector<std::string> children;         // categories
   int64_t registerLength = 0;                // registers
   std::string unit;
 
-  const EnumEntrySpec* FindEntry(const std::string& symbolic) const;
+  const EnumEntryDefinition* FindEntry(const std::string& symbolic) const;
 };
 
 const char* NodeTypeName(OXEL_NODE_TYPE type);
