@@ -30,6 +30,12 @@ TEST(BindingTest, MissingFileAndMissingFunctionAreNamed) {
       << missingFile;
   EXPECT_NE(missingFile.find("No such file"), std::string::npos) << missingFile;
 
+  // A bare name is looked for by the loader, then beside the module.
+  const std::string missingBare = BindError("libtavro-absent.so.1");
+  EXPECT_NE(missingBare.find("; beside the plug-in: "), std::string::npos) << missingBare;
+  EXPECT_NE(missingBare.find("bin/libtavro-absent.so.1: cannot open"), std::string::npos)
+      << missingBare;
+
   // The maths library is found but has none of the functions: the first one
   // of the list is reported, with the loader's text.
   const std::string missingSymbol = BindError("libm.so.6");
