@@ -140,6 +140,13 @@ std::string GrabAndSave(const GrabOptions& options) {
     width = options.aoiRect[2] - options.aoiRect[0];
     height = options.aoiRect[3] - options.aoiRect[1];
     if (width <= 0 || height <= 0) throw std::runtime_error("--aoi: empty or inverted area");
+    // The plug-in cuts an area to the sensor; planes of the asked size would
+    // then be saved with an unwritten band.
+    const int32_t* r = options.aoiRect;
+    if (r[0] < 0 || r[1] < 0 || r[2] > camera.iWidthMax || r[3] > camera.iHeightMax) {
+      throw std::runtime_error("--aoi: the area leaves the " + std::to_string(camera.iWidthMax) +
+                               " x " + std::to_string(camera.iHeightMax) + " sensor");
+    }
   }
   HostImage host(static_cast<int16_t>(options.camera), width, height, options.colour);
   host.info.yHwTrigger = options.hardwareTrigger ? 1 : 0;

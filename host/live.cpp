@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
@@ -55,7 +56,7 @@ double Seconds(const std::string& text, const std::string& option) {
   } catch (const std::exception&) {
     used = 0;
   }
-  if (used != text.size() || !(value > 0)) {
+  if (used != text.size() || !(value > 0) || !std::isfinite(value)) {
     throw std::runtime_error(option + ": not a positive number: " + text);
   }
   return value;

@@ -50,8 +50,8 @@ int32_t IntegerValue(const std::string& text, const std::string& option) {
   } catch (const std::exception&) {
     used = 0;
   }
-  if (used != text.size() || value < INT32_MIN || value > INT32_MAX) {
-    throw std::runtime_error(option + ": not a number: " + text);
+  if (text.empty() || used != text.size() || value < INT32_MIN || value > INT32_MAX) {
+    throw std::runtime_error(option + ": not a number: \"" + text + "\"");
   }
   return static_cast<int32_t>(value);
 }

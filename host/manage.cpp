@@ -1,9 +1,9 @@
 // tavro-host cycle and order: the camera management entry points run one
 // step at a time, with what each step left in the records.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,17 +19,17 @@ namespace {
 constexpr const char* kCycleUsage =
     "usage: tavro-host cycle [OPTIONS]\n"
     "  Sets up the cameras, detaches one, grabs (which attaches it), detaches it again,\n"
-    "  attaches it and grabs, printing"
-    "  each call's result, the plug-in's messages and the slot flags after each step.\n"
+    "  attaches it and grabs, printing each call's result, the plug-in's messages and\n"
+    "  the slot flags after each step.\n"
     "  --camera N          camera number (default 0)\n"
     "  --select TEXT       use only cameras whose key occurs in TEXT\n";
 
 constexpr const char* kOrderUsage =
     "usage: tavro-host order --map I0,I1,... [OPTIONS]\n"
     "  Sets up the cameras and gives host id k the camera number Ik with _kxTavroOrder,\n"
-    "  printing aiCamIndex and the attached flags before and after. Ids not in the map\n"
-    "  keep their number; -1 leaves an id without a camera.\n"
-    "  --map LIST          comma-separated camera numbers, one per host id\n"
+    "  printing aiCamIndex and the attached flags before and after. The map names every\n"
+    "  opened camera once; ids after it keep no camera.\n"
+    "  --map LIST          comma-separated camera numbers, one per opened camera\n"
     "  --select TEXT       use only cameras whose key occurs in TEXT\n";
 
 struct ManageOptions {
@@ -38,15 +38,39 @@ struct ManageOptions {
   std::vector<int32_t> map;
 };
 
+// Comma-separated numbers, each given once; an empty item is refused.
 std::vector<int32_t> NumberList(const std::string& text, const std::string& option) {
   std::vector<int32_t> numbers;
-  std::stringstream items(text);
-  std::string item;
-  while (std::getline(items, item, ',')) numbers.push_back(IntegerValue(item, option));
-  if (numbers.empty() || numbers.size() > TAVRO_MAX_CAMERAS) {
-    throw std::runtime_error(option + ": wants 1 to 16 numbers, got " + text);
+  for (size_t start = 0;;) {
+    const size_t comma = text.find(',', start);
+    const int32_t number = IntegerValue(text.substr(start, comma - start), option);
+    if (std::find(numbers.begin(), numbers.end(), number) != numbers.end()) {
+      throw std::runtime_error(option + ": " + std::to_string(number) + " given twice in " + text);
+    }
+    numbers.push_back(number);
+    if (comma == std::string::npos) break;
+    start = comma + 1;
+  }
+  if (numbers.size() > TAVRO_MAX_CAMERAS) {
+    throw std::runtime_error(option + ": at most 16 numbers, got " + text);
   }
   return numbers;
+}
+
+// The plug-in silently ignores a map it cannot apply, so it is checked here:
+// every opened camera exactly once (NumberList refused repeats).
+void CheckMap(const std::vector<int32_t>& map, int32_t cameraCount) {
+  if (map.size() != static_cast<size_t>(cameraCount)) {
+    throw std::runtime_error("order: --map needs " + std::to_string(cameraCount) +
+                             " camera numbers, one per opened camera, got " +
+                             std::to_string(map.size()));
+  }
+  for (const int32_t number : map) {
+    if (number < 0 || number >= cameraCount) {
+      throw std::runtime_error("order: --map: no camera " + std::to_string(number) + " (" +
+                               std::to_string(cameraCount) + " opened)");
+    }
+  }
 }
 
 ManageOptions ParseOptions(const Arguments& arguments, bool& help, const std::string& command) {
@@ -146,6 +170,7 @@ void Order(const ManageOptions& options) {
   const Plugin& plugin = LoadPlugin();
   CameraSystem cameras(plugin, options.selection);
   SystemRecord& system = cameras.record();
+  CheckMap(options.map, system.iNumCams);
   Step("before");
   PrintMap(system);
 
@@ -153,9 +178,8 @@ void Order(const ManageOptions& options) {
   std::vector<CameraRecord> wanted(system.tCam, system.tCam + TAVRO_MAX_CAMERAS);
   for (int i = 0; i < TAVRO_MAX_CAMERAS; ++i) {
     wanted[i].yEnabled = i < system.iNumCams ? 1 : 0;
-    wanted[i].iCamNum = system.aiCamIndex[i];
+    wanted[i].iCamNum = i < system.iNumCams ? options.map[i] : -1;
   }
-  for (size_t id = 0; id < options.map.size(); ++id) wanted[id].iCamNum = options.map[id];
   Step("_kxTavroOrder");
   std::printf("   order: result %d\n", plugin.order(&system, wanted.data()));
   std::fflush(stdout);

@@ -3,38 +3,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <string>
 #include <vector>
+
+#include "host_run.h"
 
 namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-struct HostRun {
-  int exitCode = -1;
-  std::string output;  // standard output and standard error
-};
-
-HostRun RunHost(const std::string& environment, const std::string& arguments) {
-  const std::string command = environment + " " TAVRO_BIN_DIR "/tavro-host " + arguments + " 2>&1";
-  HostRun run;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return run;
-  char buffer[4096];
-  size_t count = 0;
-  while ((count = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.output.append(buffer, count);
-  const int status = pclose(pipe);
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return run;
-}
+using tavro_test::HostRun;
+using tavro_test::RunHost;
 
 TEST(HostList, CommandsAnswerWithTheirExitCodesAndDescriptions) {
-  // Without GENICAM_GENTL64_PATH the host uses the cameras bundled with it.
-  const std::string bundled = "env -u GENICAM_GENTL64_PATH";
+  const std::string& bundled = tavro_test::kBundled;
   struct Case {
     std::string environment;
     std::string arguments;
