@@ -81,38 +81,6 @@ TEST_F(SingleFrameTest, SoftwareTriggeredFrameReachesEveryHostPlane) {
   }
 }
 
-TEST_F(SingleFrameTest, ASecondArmOnAStartedCameraOnlyFiresTheTrigger) {
-  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
-  ASSERT_TRUE(camera);
-  HostImage image(1280, 1024);
-  image.Bind(*camera, false);
-  ASSERT_TRUE(camera->ArmSoftwareTrigger());
-  const uint64_t locks = WriteCount(kMonoCameraId, "TLParamsLocked");
-  const uint64_t modes = WriteCount(kMonoCameraId, "TriggerMode");
-  for (int frame = 0; frame < 2; ++frame) {
-    ASSERT_TRUE(camera->ArmSoftwareTrigger());
-    ASSERT_TRUE(camera->FireSoftwareTrigger());
-    ASSERT_EQ(camera->WaitAndDeliver(3000), 0u);
-  }
-  EXPECT_EQ(WriteCount(kMonoCameraId, "TLParamsLocked"), locks);
-  EXPECT_EQ(WriteCount(kMonoCameraId, "TriggerMode"), modes);
-  EXPECT_TRUE(camera->acquisitionStarted);
-}
-
-TEST_F(SingleFrameTest, HardwareTriggerWaitsForAnEdgeOnLine0) {
-  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
-  ASSERT_TRUE(camera);
-  HostImage image(1280, 1024);
-  image.Bind(*camera, false);
-  ASSERT_TRUE(camera->ArmHardwareTrigger());
-  EXPECT_EQ(simtest::EntryOf(*camera, "TriggerSource"), "Line0");
-  EXPECT_EQ(simtest::EntryOf(*camera, "TriggerActivation"), "RisingEdge");
-  EXPECT_EQ(camera->WaitAndDeliver(50), 64u) << "a frame came without an edge";
-  ASSERT_EQ(OxelSim_PulseLine0(kMonoCameraId), 0);
-  EXPECT_EQ(camera->WaitAndDeliver(3000), 0u);
-  EXPECT_EQ(image.Grey(5, 3), OxelSim_PatternMono8(5, 3, simtest::LastFrameId(kMonoCameraId)));
-}
-
 TEST_F(SingleFrameTest, FailedWaitsReportTheirMaskAndLeaveTheImageAlone) {
   auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
   ASSERT_TRUE(camera);
