@@ -20,6 +20,18 @@ TEST(GreyDisplay, RepeatsTheGreyByteInRedGreenAndBlue) {
                                    {0x00010101, 0x007F7F7F, 0x00808080, kUntouched, kUntouched}};
   for (int y = 0; y < 2; ++y)
     for (int x = 0; x < 5; ++x) EXPECT_EQ(display[y * 5 + x], expected[y][x]) << x << "," << y;
+
+  // Every grey value, in rows of lengths around the sixteen-pixel step.
+  std::vector<uint8_t> values(256 + 40);
+  for (size_t i = 0; i < values.size(); ++i) values[i] = static_cast<uint8_t>(i * 7);
+  for (const int32_t columns : {256, 1, 15, 16, 17, 31, 33, 40}) {
+    std::vector<uint32_t> row(columns + 1, kUntouched);
+    DrawGrey(values.data(), 0, DisplayArea{row.data(), 0, columns, 1});
+    for (int32_t x = 0; x < columns; ++x) {
+      ASSERT_EQ(row[x], GreyDisplayTable()[values[x]]) << "length " << columns << " at " << x;
+    }
+    EXPECT_EQ(row[columns], kUntouched) << "length " << columns;
+  }
 }
 
 TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {

@@ -99,6 +99,35 @@ TEST(FrameConversion, WritesEverySourceAndDestinationCombination) {
   }
 }
 
+TEST(FrameConversion, ColourFramesMatchThePixelDefinitionForEveryColourAndRowEnd) {
+  // Every 24-bit colour once: 4096 x 4096 pixels; rows of other lengths show
+  // the ends of the wide steps.
+  for (const int32_t w : {4096, 1, 15, 17, 33, 47}) {
+    const int32_t h = w == 4096 ? 4096 : 3;
+    SCOPED_TRACE(testing::Message() << "width " << w);
+    std::vector<uint8_t> data(static_cast<size_t>(w) * h * 3);
+    for (size_t i = 0; i < data.size() / 3; ++i) {
+      const uint32_t colour = static_cast<uint32_t>(i * (w == 4096 ? 1 : 2654435761u));
+      data[3 * i] = static_cast<uint8_t>(colour);
+      data[3 * i + 1] = static_cast<uint8_t>(colour >> 8);
+      data[3 * i + 2] = static_cast<uint8_t>(colour >> 16);
+    }
+    std::vector<uint8_t> grey(data.size() / 3), red(grey.size()), green(grey.size()),
+        blue(grey.size());
+    const SourceFrame frame{data.data(), data.size(), w, h, true};
+    const HostPlanes planes{grey.data(), red.data(), green.data(), blue.data(), w, h, w, true};
+    ConvertFrame(frame, planes, DeliveryRegion(frame, planes, w, h));
+    size_t wrong = 0, first = 0;
+    for (size_t i = 0; i < grey.size(); ++i) {
+      const uint8_t b = data[3 * i], g = data[3 * i + 1], r = data[3 * i + 2];
+      if (grey[i] != GreyFromRgb(r, g, b) || red[i] != r || green[i] != g || blue[i] != b) {
+        if (wrong++ == 0) first = i;
+      }
+    }
+    EXPECT_EQ(wrong, 0u) << "first at pixel " << first;
+  }
+}
+
 TEST(FrameConversion, RegionIsBoundedByPlaneLimitAndBuffer) {
   struct Case {
     const char* what;
