@@ -11,7 +11,7 @@
 
 namespace oxel::core {
 
-std::string TestProducerFile(const std::string& systemId, const std::string& extraCamera) {
+std::string TestProducerFile(const std::string& systemId) {
   return R"({"system": {"id": ")" + systemId + R"(", "interfaces": [{"id": "USB0", "cameras": [
     {"id": "CAM-C", "model": "OX-64C", "userDefinedName": "Left", "serial": "C0001",
      "tlType": "U3V", "sensor": {"width": 64, "height": 48},
@@ -19,8 +19,7 @@ std::string TestProducerFile(const std::string& systemId, const std::string& ext
              "heightIncrement": 2},
      "pixelFormats": ["BGR8", "Mono8"]},
     {"id": "CAM-M", "model": "OX-32M", "tlType": "U3V", "sensor": {"width": 32, "height": 16},
-     "pixelFormats": ["Mono8"]})" +
-         (extraCamera.empty() ? "" : ", " + extraCamera) + "]}]}}";
+     "pixelFormats": ["Mono8"]}]}]}})";
 }
 
 void SimFixture::SetUp() {
@@ -40,6 +39,14 @@ void SimFixture::SetUp() {
 }
 
 void SimFixture::TearDown() {
+  if (!handles_.empty()) {
+    EXPECT_TRUE(Manager().UnregisterSystemFoundCallback(handles_[0]));
+    EXPECT_TRUE(Manager().UnregisterInterfaceFoundCallback(handles_[1]));
+    EXPECT_TRUE(Manager().UnregisterInterfaceLostCallback(handles_[2]));
+    EXPECT_TRUE(Manager().UnregisterDeviceFoundCallback(handles_[3]));
+    EXPECT_TRUE(Manager().UnregisterDeviceLostCallback(handles_[4]));
+    EXPECT_FALSE(Manager().UnregisterDeviceLostCallback(handles_[4]));
+  }
   Manager().Reset(true);
   OxelSim_ResetAll();
   Library::Close();
@@ -57,8 +64,8 @@ std::string SimFixture::WriteProducer(const std::string& name, const std::string
   return path;
 }
 
-void SimFixture::Update() {
-  Manager().Update(DeviceManager::UpdatePolicy::ScanEnvironment, [this](const std::string& text) {
+void SimFixture::Update(DeviceManager::UpdatePolicy policy) {
+  Manager().Update(policy, [this](const std::string& text) {
     std::lock_guard lock(errorMutex_);
     errors_.push_back(text);
   });
@@ -78,6 +85,22 @@ std::shared_ptr<DeviceDescriptor> SimFixture::Descriptor(const std::string& id) 
   return nullptr;
 }
 
+void SimFixture::RecordCallbacks() {
+  auto& m = Manager();
+  handles_ = {
+      m.RegisterSystemFoundCallback(
+          [this](const auto& s) { events_.push_back("system+ " + s->ID()); }),
+      m.RegisterInterfaceFoundCallback(
+          [this](const auto& i) { events_.push_back("interface+ " + i->ID()); }),
+      m.RegisterInterfaceLostCallback(
+          [this](const std::string& key) { events_.push_back("interface- " + key); }),
+      m.RegisterDeviceFoundCallback(
+          [this](const auto& d) { events_.push_back("device+ " + d->ID()); }),
+      m.RegisterDeviceLostCallback(
+          [this](const std::string& key) { events_.push_back("device- " + key); }),
+  };
+}
+
 OpenedCamera::OpenedCamera(const std::shared_ptr<DeviceDescriptor>& descriptor) {
   device = descriptor->OpenDevice(OXEL_DEVICE_ACCESS_TYPE_CONTROL);
   nodeMap = device->RemoteDevice()->NodeMaps().at(0);
@@ -95,10 +118,10 @@ OpenedCamera::OpenedCamera(const std::shared_ptr<DeviceDescriptor>& descriptor) 
   Feature<nodes::EnumerationNode>("AcquisitionMode")->SetCurrentEntry("Continuous");
 }
 
-void OpenedCamera::StartTriggered(const std::string& source) {
+void OpenedCamera::StartTriggered() {
   Feature<nodes::EnumerationNode>("TriggerSelector")->SetCurrentEntry("FrameStart");
   Feature<nodes::EnumerationNode>("TriggerMode")->SetCurrentEntry("On");
-  Feature<nodes::EnumerationNode>("TriggerSource")->SetCurrentEntry(source);
+  Feature<nodes::EnumerationNode>("TriggerSource")->SetCurrentEntry("Software");
   Feature<nodes::IntegerNode>("TLParamsLocked")->SetValue(1);
   dataStream->StartAcquisition();
   Feature<nodes::CommandNode>("AcquisitionStart")->Execute();
@@ -108,28 +131,6 @@ void OpenedCamera::Stop() {
   Feature<nodes::CommandNode>("AcquisitionAbort")->Execute();
   dataStream->StopAcquisition();
   Feature<nodes::IntegerNode>("TLParamsLocked")->SetValue(0);
-}
-
-void ExpectPattern(Buffer& buffer, bool bgr) {
-  const auto* pixels = static_cast<const uint8_t*>(buffer.BasePtr());
-  const size_t width = buffer.Width();
-  const size_t height = buffer.Height();
-  const uint64_t frameId = buffer.FrameID();
-  const auto left = static_cast<uint32_t>(buffer.XOffset());
-  const auto top = static_cast<uint32_t>(buffer.YOffset());
-  const size_t channels = bgr ? 3 : 1;
-  ASSERT_GE(buffer.Size(), width * height * channels);
-  size_t mismatches = 0;
-  for (uint32_t y = 0; y < height; ++y) {
-    for (uint32_t x = 0; x < width; ++x) {
-      for (uint32_t c = 0; c < channels; ++c) {
-        const uint8_t expected = bgr ? OxelSim_PatternBgr8(left + x, top + y, frameId, c)
-                                     : OxelSim_PatternMono8(left + x, top + y, frameId);
-        mismatches += pixels[(y * width + x) * channels + c] != expected;
-      }
-    }
-  }
-  EXPECT_EQ(mismatches, 0u) << "frame " << frameId;
 }
 
 }  // namespace oxel::core

@@ -17,8 +17,17 @@ namespace oxel::core {
 
 // A producer file with one system and one interface "USB0" holding a 64 x 48
 // colour camera "CAM-C" (user-defined name "Left") and a 32 x 16 monochrome
-// camera "CAM-M". `extraCamera` is inserted as a further camera object.
-std::string TestProducerFile(const std::string& systemId, const std::string& extraCamera = "");
+// camera "CAM-M".
+std::string TestProducerFile(const std::string& systemId);
+
+template <typename T>
+std::vector<std::string> Keys(const std::vector<std::shared_ptr<T>>& objects) {
+  std::vector<std::string> keys;
+  for (const auto& object : objects) {
+    keys.push_back(object->ID());
+  }
+  return keys;
+}
 
 class SimFixture : public ::testing::Test {
  protected:
@@ -27,19 +36,35 @@ class SimFixture : public ::testing::Test {
 
   // Writes `text` as `<dir>/<name>` and returns the path.
   std::string WriteProducer(const std::string& name, const std::string& text);
-  // Update with ScanEnvironment, collecting the error reports.
-  void Update();
+  // Update (by default with ScanEnvironment), collecting the error reports.
+  void Update(DeviceManager::UpdatePolicy policy = DeviceManager::UpdatePolicy::ScanEnvironment);
   std::vector<std::string> Errors();
   std::shared_ptr<DeviceDescriptor> Descriptor(const std::string& id);
   DeviceManager& Manager() { return DeviceManager::Instance(); }
+  // Records every manager callback in `events_` ("device+ CAM-C", ...).
+  void RecordCallbacks();
 
   std::string dir_;
+  std::vector<std::string> events_;
 
  private:
   std::string savedPath_;
   bool hadPath_ = false;
   std::mutex errorMutex_;
   std::vector<std::string> errors_;
+  std::vector<CallbackHandle> handles_;
+};
+
+// The simulator's function table with entries the test replaces, installed
+// for the spy's lifetime.
+struct ScopedSpy {
+  ScopedSpy() : table(Api()), previous(InstallFunctionTable(&table)) {}
+  ~ScopedSpy() { InstallFunctionTable(previous); }
+  ScopedSpy(const ScopedSpy&) = delete;
+  ScopedSpy& operator=(const ScopedSpy&) = delete;
+
+  OxelFunctions table;
+  const OxelFunctions* previous;
 };
 
 // A camera opened the way the plug-in opens one: device, first node map of
@@ -48,9 +73,10 @@ class SimFixture : public ::testing::Test {
 struct OpenedCamera {
   explicit OpenedCamera(const std::shared_ptr<DeviceDescriptor>& descriptor);
 
-  // Software trigger (or line 0) on "FrameStart", then acquisition started.
-  void StartTriggered(const std::string& source);
+  // Software trigger on "FrameStart", then acquisition started.
+  void StartTriggered();
   void Stop();
+  void Trigger() { Feature<nodes::CommandNode>("TriggerSoftware")->Execute(); }
   template <typename T>
   std::shared_ptr<T> Feature(const std::string& name) {
     return nodeMap->FindNode<T>(name);
@@ -61,9 +87,6 @@ struct OpenedCamera {
   std::shared_ptr<DataStream> dataStream;
   std::vector<std::shared_ptr<Buffer>> buffers;
 };
-
-// Expects every pixel of a delivered frame to follow the simulator's pattern.
-void ExpectPattern(Buffer& buffer, bool bgr);
 
 }  // namespace oxel::core
 
