@@ -180,8 +180,8 @@ OXEL_RETURN_CODE OXEL_ProducerLibrary_Open(const char* path, size_t pathSize,
                                            OXEL_PRODUCER_LIBRARY* producerLibrary);
 OXEL_RETURN_CODE OXEL_ProducerLibrary_GetPath(OXEL_PRODUCER_LIBRARY producerLibrary, char* path,
                                               size_t* pathSize);
-OXEL_RETURN_CODE OXEL_ProducerLibrary_GetVendor(OXEL_PRODUCER_LIBRARY producerLibrary,
-                                                char* vendor, size_t* vendorSize);
+OXEL_RETURN_CODE OXEL_ProducerLibrary_GetVendor(OXEL_PRODUCER_LIBRARY producerLibrary, char* vendor,
+                                                size_t* vendorSize);
 OXEL_RETURN_CODE OXEL_ProducerLibrary_GetSystem(OXEL_PRODUCER_LIBRARY producerLibrary,
                                                 OXEL_SYSTEM_DESCRIPTOR* systemDescriptor);
 OXEL_RETURN_CODE OXEL_ProducerLibrary_Release(OXEL_PRODUCER_LIBRARY producerLibrary);
@@ -191,8 +191,7 @@ OXEL_RETURN_CODE OXEL_ProducerLibrary_Release(OXEL_PRODUCER_LIBRARY producerLibr
 OXEL_RETURN_CODE OXEL_SystemDescriptor_GetID(OXEL_SYSTEM_DESCRIPTOR descriptor, char* id,
                                              size_t* idSize);
 OXEL_RETURN_CODE OXEL_SystemDescriptor_GetDisplayName(OXEL_SYSTEM_DESCRIPTOR descriptor,
-                                                      char* displayName,
-                                                      size_t* displayNameSize);
+                                                      char* displayName, size_t* displayNameSize);
 OXEL_RETURN_CODE OXEL_SystemDescriptor_OpenSystem(OXEL_SYSTEM_DESCRIPTOR descriptor,
                                                   OXEL_SYSTEM* system);
 
@@ -292,8 +291,7 @@ OXEL_RETURN_CODE OXEL_DataStream_GetID(OXEL_DATA_STREAM dataStream, char* id, si
 OXEL_RETURN_CODE OXEL_DataStream_ToModule(OXEL_DATA_STREAM dataStream, OXEL_MODULE* module);
 OXEL_RETURN_CODE OXEL_DataStream_GetNumBuffersAnnouncedMinRequired(OXEL_DATA_STREAM dataStream,
                                                                    size_t* count);
-OXEL_RETURN_CODE OXEL_DataStream_GetNumBuffersAnnounced(OXEL_DATA_STREAM dataStream,
-                                                        size_t* count);
+OXEL_RETURN_CODE OXEL_DataStream_GetNumBuffersAnnounced(OXEL_DATA_STREAM dataStream, size_t* count);
 OXEL_RETURN_CODE OXEL_DataStream_GetNumBuffersQueued(OXEL_DATA_STREAM dataStream, size_t* count);
 OXEL_RETURN_CODE OXEL_DataStream_GetNumBuffersAwaitDelivery(OXEL_DATA_STREAM dataStream,
                                                             size_t* count);
@@ -303,8 +301,7 @@ OXEL_RETURN_CODE OXEL_DataStream_GetNumUnderruns(OXEL_DATA_STREAM dataStream, ui
 OXEL_RETURN_CODE OXEL_DataStream_GetDefinesPayloadSize(OXEL_DATA_STREAM dataStream,
                                                        OXEL_BOOL8* definesPayloadSize);
 OXEL_RETURN_CODE OXEL_DataStream_GetPayloadSize(OXEL_DATA_STREAM dataStream, size_t* payloadSize);
-OXEL_RETURN_CODE OXEL_DataStream_GetIsGrabbing(OXEL_DATA_STREAM dataStream,
-                                               OXEL_BOOL8* isGrabbing);
+OXEL_RETURN_CODE OXEL_DataStream_GetIsGrabbing(OXEL_DATA_STREAM dataStream, OXEL_BOOL8* isGrabbing);
 /* Allocates a buffer of the given size inside the library and announces it. */
 OXEL_RETURN_CODE OXEL_DataStream_AllocAndAnnounceBuffer(OXEL_DATA_STREAM dataStream,
                                                         size_t bufferSize, void* userPtr,
@@ -361,8 +358,7 @@ OXEL_RETURN_CODE OXEL_Node_GetDisplayName(OXEL_NODE node, char* displayName,
 OXEL_RETURN_CODE OXEL_Node_GetType(OXEL_NODE node, OXEL_NODE_TYPE* type);
 OXEL_RETURN_CODE OXEL_Node_GetAccessStatus(OXEL_NODE node, OXEL_NODE_ACCESS_STATUS* accessStatus);
 OXEL_RETURN_CODE OXEL_Node_RegisterChangedCallback(OXEL_NODE node,
-                                                   OXEL_NodeChangedCallback callback,
-                                                   void* context,
+                                                   OXEL_NodeChangedCallback callback, void* context,
                                                    OXEL_CALLBACK_HANDLE* callbackHandle);
 OXEL_RETURN_CODE OXEL_Node_UnregisterChangedCallback(OXEL_NODE node,
                                                      OXEL_CALLBACK_HANDLE callbackHandle);
@@ -432,137 +428,137 @@ OXEL_RETURN_CODE OXEL_EnumerationEntryNode_GetValue(OXEL_ENUMERATION_ENTRY_NODE 
 
 /* ---- every function, for loaders that bind by name ------------------------------ */
 
-#define OXEL_FOR_EACH_FUNCTION(X)                    \
-  X(OXEL_Library_Initialize)                         \
-  X(OXEL_Library_Close)                              \
-  X(OXEL_Library_IsInitialized)                      \
-  X(OXEL_Library_GetLastError)                       \
-  X(OXEL_ProducerSearch_Refresh)                     \
-  X(OXEL_ProducerSearch_GetCount)                    \
-  X(OXEL_ProducerSearch_GetPath)                     \
-  X(OXEL_ProducerLibrary_Open)                       \
-  X(OXEL_ProducerLibrary_GetPath)                    \
-  X(OXEL_ProducerLibrary_GetVendor)                  \
-  X(OXEL_ProducerLibrary_GetSystem)                  \
-  X(OXEL_ProducerLibrary_Release)                    \
-  X(OXEL_SystemDescriptor_GetID)                     \
-  X(OXEL_SystemDescriptor_GetDisplayName)            \
-  X(OXEL_SystemDescriptor_OpenSystem)                \
-  X(OXEL_System_GetID)                               \
-  X(OXEL_System_ToModule)                            \
-  X(OXEL_System_RegisterInterfaceFoundCallback)      \
-  X(OXEL_System_UnregisterInterfaceFoundCallback)    \
-  X(OXEL_System_RegisterInterfaceLostCallback)       \
-  X(OXEL_System_UnregisterInterfaceLostCallback)     \
-  X(OXEL_System_UpdateInterfaces)                    \
-  X(OXEL_System_Close)                               \
-  X(OXEL_InterfaceDescriptor_GetID)                  \
-  X(OXEL_InterfaceDescriptor_GetDisplayName)         \
-  X(OXEL_InterfaceDescriptor_OpenInterface)          \
-  X(OXEL_Interface_GetID)                            \
-  X(OXEL_Interface_GetDisplayName)                   \
-  X(OXEL_Interface_ToModule)                         \
-  X(OXEL_Interface_RegisterDeviceFoundCallback)      \
-  X(OXEL_Interface_UnregisterDeviceFoundCallback)    \
-  X(OXEL_Interface_RegisterDeviceLostCallback)       \
-  X(OXEL_Interface_UnregisterDeviceLostCallback)     \
-  X(OXEL_Interface_UpdateDevices)                    \
-  X(OXEL_Interface_Close)                            \
-  X(OXEL_DeviceDescriptor_GetID)                     \
-  X(OXEL_DeviceDescriptor_GetDisplayName)            \
-  X(OXEL_DeviceDescriptor_GetModelName)              \
-  X(OXEL_DeviceDescriptor_GetSerialNumber)           \
-  X(OXEL_DeviceDescriptor_GetUserDefinedName)        \
-  X(OXEL_DeviceDescriptor_GetTLType)                 \
-  X(OXEL_DeviceDescriptor_GetAccessStatus)           \
-  X(OXEL_DeviceDescriptor_IsOpenable)                \
-  X(OXEL_DeviceDescriptor_OpenDevice)                \
-  X(OXEL_Device_GetID)                               \
-  X(OXEL_Device_ToModule)                            \
-  X(OXEL_Device_GetRemoteDevice)                     \
-  X(OXEL_Device_GetNumDataStreams)                   \
-  X(OXEL_Device_GetDataStreamDescriptor)             \
-  X(OXEL_Device_Close)                               \
-  X(OXEL_RemoteDevice_ToModule)                      \
-  X(OXEL_DataStreamDescriptor_GetID)                 \
-  X(OXEL_DataStreamDescriptor_OpenDataStream)        \
-  X(OXEL_DataStream_GetID)                           \
-  X(OXEL_DataStream_ToModule)                        \
+#define OXEL_FOR_EACH_FUNCTION(X)                      \
+  X(OXEL_Library_Initialize)                           \
+  X(OXEL_Library_Close)                                \
+  X(OXEL_Library_IsInitialized)                        \
+  X(OXEL_Library_GetLastError)                         \
+  X(OXEL_ProducerSearch_Refresh)                       \
+  X(OXEL_ProducerSearch_GetCount)                      \
+  X(OXEL_ProducerSearch_GetPath)                       \
+  X(OXEL_ProducerLibrary_Open)                         \
+  X(OXEL_ProducerLibrary_GetPath)                      \
+  X(OXEL_ProducerLibrary_GetVendor)                    \
+  X(OXEL_ProducerLibrary_GetSystem)                    \
+  X(OXEL_ProducerLibrary_Release)                      \
+  X(OXEL_SystemDescriptor_GetID)                       \
+  X(OXEL_SystemDescriptor_GetDisplayName)              \
+  X(OXEL_SystemDescriptor_OpenSystem)                  \
+  X(OXEL_System_GetID)                                 \
+  X(OXEL_System_ToModule)                              \
+  X(OXEL_System_RegisterInterfaceFoundCallback)        \
+  X(OXEL_System_UnregisterInterfaceFoundCallback)      \
+  X(OXEL_System_RegisterInterfaceLostCallback)         \
+  X(OXEL_System_UnregisterInterfaceLostCallback)       \
+  X(OXEL_System_UpdateInterfaces)                      \
+  X(OXEL_System_Close)                                 \
+  X(OXEL_InterfaceDescriptor_GetID)                    \
+  X(OXEL_InterfaceDescriptor_GetDisplayName)           \
+  X(OXEL_InterfaceDescriptor_OpenInterface)            \
+  X(OXEL_Interface_GetID)                              \
+  X(OXEL_Interface_GetDisplayName)                     \
+  X(OXEL_Interface_ToModule)                           \
+  X(OXEL_Interface_RegisterDeviceFoundCallback)        \
+  X(OXEL_Interface_UnregisterDeviceFoundCallback)      \
+  X(OXEL_Interface_RegisterDeviceLostCallback)         \
+  X(OXEL_Interface_UnregisterDeviceLostCallback)       \
+  X(OXEL_Interface_UpdateDevices)                      \
+  X(OXEL_Interface_Close)                              \
+  X(OXEL_DeviceDescriptor_GetID)                       \
+  X(OXEL_DeviceDescriptor_GetDisplayName)              \
+  X(OXEL_DeviceDescriptor_GetModelName)                \
+  X(OXEL_DeviceDescriptor_GetSerialNumber)             \
+  X(OXEL_DeviceDescriptor_GetUserDefinedName)          \
+  X(OXEL_DeviceDescriptor_GetTLType)                   \
+  X(OXEL_DeviceDescriptor_GetAccessStatus)             \
+  X(OXEL_DeviceDescriptor_IsOpenable)                  \
+  X(OXEL_DeviceDescriptor_OpenDevice)                  \
+  X(OXEL_Device_GetID)                                 \
+  X(OXEL_Device_ToModule)                              \
+  X(OXEL_Device_GetRemoteDevice)                       \
+  X(OXEL_Device_GetNumDataStreams)                     \
+  X(OXEL_Device_GetDataStreamDescriptor)               \
+  X(OXEL_Device_Close)                                 \
+  X(OXEL_RemoteDevice_ToModule)                        \
+  X(OXEL_DataStreamDescriptor_GetID)                   \
+  X(OXEL_DataStreamDescriptor_OpenDataStream)          \
+  X(OXEL_DataStream_GetID)                             \
+  X(OXEL_DataStream_ToModule)                          \
   X(OXEL_DataStream_GetNumBuffersAnnouncedMinRequired) \
-  X(OXEL_DataStream_GetNumBuffersAnnounced)          \
-  X(OXEL_DataStream_GetNumBuffersQueued)             \
-  X(OXEL_DataStream_GetNumBuffersAwaitDelivery)      \
-  X(OXEL_DataStream_GetNumBuffersDelivered)          \
-  X(OXEL_DataStream_GetNumUnderruns)                 \
-  X(OXEL_DataStream_GetDefinesPayloadSize)           \
-  X(OXEL_DataStream_GetPayloadSize)                  \
-  X(OXEL_DataStream_GetIsGrabbing)                   \
-  X(OXEL_DataStream_AllocAndAnnounceBuffer)          \
-  X(OXEL_DataStream_RevokeBuffer)                    \
-  X(OXEL_DataStream_QueueBuffer)                     \
-  X(OXEL_DataStream_WaitForFinishedBuffer)           \
-  X(OXEL_DataStream_KillWait)                        \
-  X(OXEL_DataStream_StartAcquisition)                \
-  X(OXEL_DataStream_StopAcquisition)                 \
-  X(OXEL_DataStream_Flush)                           \
-  X(OXEL_DataStream_Close)                           \
-  X(OXEL_Buffer_ToModule)                            \
-  X(OXEL_Buffer_GetBasePtr)                          \
-  X(OXEL_Buffer_GetSize)                             \
-  X(OXEL_Buffer_GetUserPtr)                          \
-  X(OXEL_Buffer_GetWidth)                            \
-  X(OXEL_Buffer_GetHeight)                           \
-  X(OXEL_Buffer_GetXOffset)                          \
-  X(OXEL_Buffer_GetYOffset)                          \
-  X(OXEL_Buffer_GetPixelFormat)                      \
-  X(OXEL_Buffer_GetFrameID)                          \
-  X(OXEL_Buffer_GetTimestampNs)                      \
-  X(OXEL_Buffer_GetIsIncomplete)                     \
-  X(OXEL_Module_GetNumNodeMaps)                      \
-  X(OXEL_Module_GetNodeMap)                          \
-  X(OXEL_NodeMap_FindNode)                           \
-  X(OXEL_NodeMap_GetNumNodes)                        \
-  X(OXEL_NodeMap_GetNode)                            \
-  X(OXEL_Node_GetName)                               \
-  X(OXEL_Node_GetDisplayName)                        \
-  X(OXEL_Node_GetType)                               \
-  X(OXEL_Node_GetAccessStatus)                       \
-  X(OXEL_Node_RegisterChangedCallback)               \
-  X(OXEL_Node_UnregisterChangedCallback)             \
-  X(OXEL_Node_ToIntegerNode)                         \
-  X(OXEL_Node_ToBooleanNode)                         \
-  X(OXEL_Node_ToCommandNode)                         \
-  X(OXEL_Node_ToFloatNode)                           \
-  X(OXEL_Node_ToStringNode)                          \
-  X(OXEL_Node_ToRegisterNode)                        \
-  X(OXEL_Node_ToCategoryNode)                        \
-  X(OXEL_Node_ToEnumerationNode)                     \
-  X(OXEL_Node_ToEnumerationEntryNode)                \
-  X(OXEL_IntegerNode_GetValue)                       \
-  X(OXEL_IntegerNode_SetValue)                       \
-  X(OXEL_IntegerNode_GetMinimum)                     \
-  X(OXEL_IntegerNode_GetMaximum)                     \
-  X(OXEL_IntegerNode_GetIncrement)                   \
-  X(OXEL_FloatNode_GetValue)                         \
-  X(OXEL_FloatNode_SetValue)                         \
-  X(OXEL_FloatNode_GetMinimum)                       \
-  X(OXEL_FloatNode_GetMaximum)                       \
-  X(OXEL_FloatNode_GetHasConstantIncrement)          \
-  X(OXEL_FloatNode_GetIncrement)                     \
-  X(OXEL_BooleanNode_GetValue)                       \
-  X(OXEL_BooleanNode_SetValue)                       \
-  X(OXEL_StringNode_GetValue)                        \
-  X(OXEL_StringNode_SetValue)                        \
-  X(OXEL_CommandNode_Execute)                        \
-  X(OXEL_CommandNode_GetIsDone)                      \
-  X(OXEL_RegisterNode_GetLength)                     \
-  X(OXEL_CategoryNode_GetNumFeatures)                \
-  X(OXEL_EnumerationNode_GetCurrentEntry)            \
-  X(OXEL_EnumerationNode_SetCurrentEntry)            \
-  X(OXEL_EnumerationNode_GetNumEntries)              \
-  X(OXEL_EnumerationNode_GetEntry)                   \
-  X(OXEL_EnumerationEntryNode_ToNode)                \
-  X(OXEL_EnumerationEntryNode_GetSymbolicValue)      \
+  X(OXEL_DataStream_GetNumBuffersAnnounced)            \
+  X(OXEL_DataStream_GetNumBuffersQueued)               \
+  X(OXEL_DataStream_GetNumBuffersAwaitDelivery)        \
+  X(OXEL_DataStream_GetNumBuffersDelivered)            \
+  X(OXEL_DataStream_GetNumUnderruns)                   \
+  X(OXEL_DataStream_GetDefinesPayloadSize)             \
+  X(OXEL_DataStream_GetPayloadSize)                    \
+  X(OXEL_DataStream_GetIsGrabbing)                     \
+  X(OXEL_DataStream_AllocAndAnnounceBuffer)            \
+  X(OXEL_DataStream_RevokeBuffer)                      \
+  X(OXEL_DataStream_QueueBuffer)                       \
+  X(OXEL_DataStream_WaitForFinishedBuffer)             \
+  X(OXEL_DataStream_KillWait)                          \
+  X(OXEL_DataStream_StartAcquisition)                  \
+  X(OXEL_DataStream_StopAcquisition)                   \
+  X(OXEL_DataStream_Flush)                             \
+  X(OXEL_DataStream_Close)                             \
+  X(OXEL_Buffer_ToModule)                              \
+  X(OXEL_Buffer_GetBasePtr)                            \
+  X(OXEL_Buffer_GetSize)                               \
+  X(OXEL_Buffer_GetUserPtr)                            \
+  X(OXEL_Buffer_GetWidth)                              \
+  X(OXEL_Buffer_GetHeight)                             \
+  X(OXEL_Buffer_GetXOffset)                            \
+  X(OXEL_Buffer_GetYOffset)                            \
+  X(OXEL_Buffer_GetPixelFormat)                        \
+  X(OXEL_Buffer_GetFrameID)                            \
+  X(OXEL_Buffer_GetTimestampNs)                        \
+  X(OXEL_Buffer_GetIsIncomplete)                       \
+  X(OXEL_Module_GetNumNodeMaps)                        \
+  X(OXEL_Module_GetNodeMap)                            \
+  X(OXEL_NodeMap_FindNode)                             \
+  X(OXEL_NodeMap_GetNumNodes)                          \
+  X(OXEL_NodeMap_GetNode)                              \
+  X(OXEL_Node_GetName)                                 \
+  X(OXEL_Node_GetDisplayName)                          \
+  X(OXEL_Node_GetType)                                 \
+  X(OXEL_Node_GetAccessStatus)                         \
+  X(OXEL_Node_RegisterChangedCallback)                 \
+  X(OXEL_Node_UnregisterChangedCallback)               \
+  X(OXEL_Node_ToIntegerNode)                           \
+  X(OXEL_Node_ToBooleanNode)                           \
+  X(OXEL_Node_ToCommandNode)                           \
+  X(OXEL_Node_ToFloatNode)                             \
+  X(OXEL_Node_ToStringNode)                            \
+  X(OXEL_Node_ToRegisterNode)                          \
+  X(OXEL_Node_ToCategoryNode)                          \
+  X(OXEL_Node_ToEnumerationNode)                       \
+  X(OXEL_Node_ToEnumerationEntryNode)                  \
+  X(OXEL_IntegerNode_GetValue)                         \
+  X(OXEL_IntegerNode_SetValue)                         \
+  X(OXEL_IntegerNode_GetMinimum)                       \
+  X(OXEL_IntegerNode_GetMaximum)                       \
+  X(OXEL_IntegerNode_GetIncrement)                     \
+  X(OXEL_FloatNode_GetValue)                           \
+  X(OXEL_FloatNode_SetValue)                           \
+  X(OXEL_FloatNode_GetMinimum)                         \
+  X(OXEL_FloatNode_GetMaximum)                         \
+  X(OXEL_FloatNode_GetHasConstantIncrement)            \
+  X(OXEL_FloatNode_GetIncrement)                       \
+  X(OXEL_BooleanNode_GetValue)                         \
+  X(OXEL_BooleanNode_SetValue)                         \
+  X(OXEL_StringNode_GetValue)                          \
+  X(OXEL_StringNode_SetValue)                          \
+  X(OXEL_CommandNode_Execute)                          \
+  X(OXEL_CommandNode_GetIsDone)                        \
+  X(OXEL_RegisterNode_GetLength)                       \
+  X(OXEL_CategoryNode_GetNumFeatures)                  \
+  X(OXEL_EnumerationNode_GetCurrentEntry)              \
+  X(OXEL_EnumerationNode_SetCurrentEntry)              \
+  X(OXEL_EnumerationNode_GetNumEntries)                \
+  X(OXEL_EnumerationNode_GetEntry)                     \
+  X(OXEL_EnumerationEntryNode_ToNode)                  \
+  X(OXEL_EnumerationEntryNode_GetSymbolicValue)        \
   X(OXEL_EnumerationEntryNode_GetValue)
 
 #ifdef __cplusplus
