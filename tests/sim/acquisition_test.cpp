@@ -141,20 +141,6 @@ TEST_F(Acquisition, FramesComeOnlyWhileCameraAndStreamBothAcquire) {
   EXPECT_NE(TakeLastError().text.find("not started"), std::string::npos);
 }
 
-TEST_F(Acquisition, FreeRunDeliversConsecutiveFramesAtTheFrameRate) {
-  Camera camera = Camera::Open(*world_, kMonoId);
-  ASSERT_EQ(camera.SetInt("Height", 64), OXEL_RETURN_CODE_SUCCESS);
-  camera.AnnounceAndQueue(4);
-  camera.StartAcquisition();
-  for (uint64_t n = 0; n < 3; ++n) {
-    OXEL_BUFFER buffer = nullptr;
-    ASSERT_EQ(Wait(camera, 5000, &buffer), OXEL_RETURN_CODE_SUCCESS);
-    EXPECT_EQ(FrameId(buffer), OXEL_SIM_FIRST_FRAME_ID + n);
-    EXPECT_EQ(WrongPixels(buffer, OXEL_SIM_PIXEL_FORMAT_MONO8), 0u);
-    ASSERT_EQ(OXEL_DataStream_QueueBuffer(camera.stream, buffer), OXEL_RETURN_CODE_SUCCESS);
-  }
-}
-
 TEST_F(Acquisition, LostFramesAreUnderrunsOrDropsAndStillTakeTheirIds) {
   Camera camera = Camera::Open(*world_, kColourId);
   UseSoftwareTrigger(camera);
