@@ -128,21 +128,6 @@ TEST(Library, HandlesAreCheckedNeverTrusted) {
   ASSERT_EQ(OXEL_Library_Close(), OXEL_RETURN_CODE_SUCCESS);
 }
 
-TEST(Library, RepeatedStartOpenAcquireCloseCyclesLeaveNothingBehind) {
-  ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
-  for (int cycle = 0; cycle < 5; ++cycle) {
-    World world;
-    Camera camera = Camera::Open(world, kMonoId);
-    camera.AnnounceAndQueue(4);
-    camera.StartAcquisition();
-    OXEL_BUFFER buffer = nullptr;
-    ASSERT_EQ(OXEL_DataStream_WaitForFinishedBuffer(camera.stream, 5000, &buffer),
-              OXEL_RETURN_CODE_SUCCESS);
-    // Closing with the stream grabbing and buffers queued cleans up.
-  }
-  EXPECT_FALSE(Initialized());
-}
-
 TEST(Library, TheLastCloseForgetsLoadedFilesAndTheirCameras) {
   constexpr const char* kFile = R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
     {"id": "TEMP-CAM", "model": "T", "sensor": {"width": 16, "height": 4}}]}]}})";

@@ -1,5 +1,4 @@
-// Producer files: where they are found, what a short file gives, and how a
-// bad file is refused.
+// Producer files: where they are found and how a bad file is refused.
 #include <fstream>
 
 #include "sim_world.h"
@@ -104,59 +103,6 @@ TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
       EXPECT_NE(error.text.find(part), std::string::npos) << error.text;
     }
   }
-}
-
-TEST_F(ProducerFiles, AFewLinesDescribeATypicalCamera) {
-  TempDir dir;
-  dir.Write("small.cti", kSmallFile);
-  ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
-  World world(dir.Path());
-  OXEL_DEVICE_DESCRIPTOR d = world.Descriptor("CAM-1");
-  EXPECT_EQ(Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetTLType(d, t, s); }),
-            "U3V");
-  EXPECT_EQ(Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetDisplayName(d, t, s); }),
-            "Oxel Imaging M1 (CAM-1)");
-  Camera camera = Camera::Open(world, "CAM-1");
-  EXPECT_EQ(camera.Enum("PixelFormat"), "Mono8");
-  EXPECT_EQ(camera.Int("PayloadSize"), 64 * 48);
-  EXPECT_EQ(camera.Enum("TriggerMode"), "Off");
-  size_t minimum = 0;
-  ASSERT_EQ(OXEL_DataStream_GetNumBuffersAnnouncedMinRequired(camera.stream, &minimum),
-            OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(minimum, 3u);
-}
-
-TEST_F(ProducerFiles, FilesChooseFeaturesStreamsAndStartingFaults) {
-  TempDir dir;
-  dir.Write("choices.cti", R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
-    {"id": "PLAIN", "model": "P", "sensor": {"width": 32, "height": 8}, "dataStreams": 0,
-     "pixelFormats": [{"name": "BGR8", "available": false}, "Mono8"],
-     "features": {"TLParamsLocked": "absent", "Gain": {"access": "ReadOnly"},
-                  "Gamma": {"type": "Float", "min": 0.5, "max": 4.0, "value": 1.0}}},
-    {"id": "AWAY", "model": "A", "sensor": {"width": 32, "height": 8}, "plugged": false},
-    {"id": "TAKEN", "model": "T", "sensor": {"width": 32, "height": 8}, "openedElsewhere": true}
-  ]}]}})");
-  ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
-  World world(dir.Path());
-  EXPECT_EQ(world.Descriptors().size(), 2u);  // AWAY is not plugged in
-  OXEL_DEVICE_ACCESS_STATUS status = 0;
-  ASSERT_EQ(OXEL_DeviceDescriptor_GetAccessStatus(world.Descriptor("TAKEN"), &status),
-            OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(status, OXEL_DEVICE_ACCESS_STATUS_BUSY);
-
-  Camera camera = Camera::Open(world, "PLAIN");
-  EXPECT_EQ(camera.stream, nullptr);
-  OXEL_NODE node = nullptr;
-  EXPECT_EQ(OXEL_NodeMap_FindNode(camera.features, "TLParamsLocked", 15, &node),
-            OXEL_RETURN_CODE_NOT_FOUND);
-  EXPECT_EQ(camera.SetFloat("Gain", 1.0), OXEL_RETURN_CODE_BAD_ACCESS);
-  EXPECT_DOUBLE_EQ(camera.Float("Gamma"), 1.0);
-  EXPECT_EQ(camera.SetEnum("PixelFormat", "BGR8"), OXEL_RETURN_CODE_NOT_AVAILABLE);
-
-  std::vector<std::string> found;
-  ASSERT_EQ(OxelSim_ReplugCamera("AWAY"), OXEL_RETURN_CODE_SUCCESS);
-  world.UpdateDevices(&found, nullptr);
-  EXPECT_EQ(found, std::vector<std::string>{"AWAY"});
 }
 
 }  // namespace
