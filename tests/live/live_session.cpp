@@ -17,6 +17,7 @@ struct Plugin {
   PFN_kxTavroLiveAcquire live = nullptr;
   PFN_kxTavroWaitAcquire wait = nullptr;
   PFN_kxDetachTavroCamera detach = nullptr;
+  PFN_kxAttachTavroCamera attach = nullptr;
   PFN_kxTavroTearDown tearDown = nullptr;
 };
 
@@ -36,6 +37,7 @@ const Plugin& LoadedPlugin() {
     loaded.live = Resolve<PFN_kxTavroLiveAcquire>(handle, "kxTavroLiveAcquire");
     loaded.wait = Resolve<PFN_kxTavroWaitAcquire>(handle, "kxTavroWaitAcquire");
     loaded.detach = Resolve<PFN_kxDetachTavroCamera>(handle, "_kxDetachTavroCamera");
+    loaded.attach = Resolve<PFN_kxAttachTavroCamera>(handle, "_kxAttachTavroCamera");
     loaded.tearDown = Resolve<PFN_kxTavroTearDown>(handle, "kxTavroTearDown");
     return loaded;
   }();
@@ -137,6 +139,12 @@ int32_t LiveSession::Wait(HostImage& image) {
 int32_t LiveSession::Detach(int32_t number) {
   int32_t result = -1;
   StdoutOf([&] { result = LoadedPlugin().detach(system_.get(), number); });
+  return result;
+}
+
+int32_t LiveSession::Attach(int32_t number) {
+  int32_t result = -1;
+  StdoutOf([&] { result = LoadedPlugin().attach(system_.get(), number); });
   return result;
 }
 

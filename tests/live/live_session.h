@@ -61,6 +61,7 @@ class LiveSession : public ::testing::Test {
   int32_t Acquire(HostImage& image, uint32_t wait, uint32_t userValue);
   int32_t Wait(HostImage& image);
   int32_t Detach(int32_t number);
+  int32_t Attach(int32_t number);
   int32_t TearDownPlugin();
 
   SystemRecord& system() { return *system_; }
