@@ -5,6 +5,7 @@
 
 #include "host_records.h"
 #include "lifecycle/attach_detach.h"
+#include "oxel/core/device_manager.h"
 #include "oxel/core/library.h"
 
 namespace tavro::testing {
@@ -106,6 +107,33 @@ TEST(Teardown, DetachesOpenedCamerasClosesEventsAndKeepsTheMap) {
   system.iNumCams = 1000;
   oxel::Library::Initialize();
   EXPECT_EQ(kxTavroTearDown(&system), 0);
+}
+
+TEST(Teardown, KeepsTheDeviceListsWhileAnotherUserHoldsTheLibrary) {
+  using oxel::core::DeviceManager;
+  HostRecords host;
+  // One start for the system, one for another user of the library.
+  oxel::Library::Initialize();
+  oxel::Library::Initialize();
+  DeviceManager& manager = DeviceManager::Instance();
+  manager.Update(DeviceManager::UpdatePolicy::ScanEnvironment, nullptr);
+  const auto devices = manager.Devices();
+  ASSERT_FALSE(devices.empty()) << "no producer found through GENICAM_GENTL64_PATH";
+  ASSERT_FALSE(manager.Interfaces().empty());
+  ASSERT_FALSE(manager.Systems().empty());
+
+  EXPECT_EQ(kxTavroTearDown(host.system.get()), 0);
+  ASSERT_TRUE(oxel::Library::IsInitialized());
+  EXPECT_EQ(manager.Devices(), devices);
+  EXPECT_FALSE(manager.Interfaces().empty());
+  EXPECT_FALSE(manager.Systems().empty());
+
+  // The last user's teardown closes the library and forgets the lists.
+  EXPECT_EQ(kxTavroTearDown(host.system.get()), 0);
+  ASSERT_FALSE(oxel::Library::IsInitialized());
+  EXPECT_TRUE(manager.Devices().empty());
+  EXPECT_TRUE(manager.Interfaces().empty());
+  EXPECT_TRUE(manager.Systems().empty());
 }
 
 }  // namespace

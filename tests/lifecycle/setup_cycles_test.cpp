@@ -1,9 +1,11 @@
 // Setup and teardown over and over in one process: every cycle finds the
 // same cameras, a setup repeated without teardown releases the cameras of
-// the first, and teardown closes the camera library it started.
+// the first, teardown closes the camera library it started, and re-attach
+// finds a camera by its key among those the setup's selection admits.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "oxel_sim.h"
@@ -102,6 +104,50 @@ TEST_F(SetupCycles, UnpluggedCameraCannotBeReattachedUntilItIsBack) {
   EXPECT_EQ(onceBack, 0);
   EXPECT_EQ(system->tSlot[1].yAttached, 1u);
   EXPECT_EQ(Key(1), "OX-U3-13M");
+}
+
+TEST_F(SetupCycles, ReattachFindsOnlyCamerasTheSetupsSelectionAdmits) {
+  // A host writes the free colour camera's key into the mono camera's
+  // detached slot. Re-attach lists the cameras with the setup's selection
+  // again: a selection that leaves the colour camera out keeps it away.
+  struct Case {
+    const char* selection;
+    int expected;
+  };
+  for (const Case& c : {Case{"OX-U3-13M", -1}, Case{nullptr, 0}}) {
+    SCOPED_TRACE(c.selection == nullptr ? "no selection" : c.selection);
+    ASSERT_EQ(Setup(c.selection), 0);
+    int mono = -1;
+    ::testing::internal::CaptureStdout();
+    for (int n = 0; n < system->iNumCams; ++n) {
+      if (Key(n) == "OX-U3-13M") mono = n;
+      EXPECT_EQ(plugin.detach(system.get(), n), 0) << n;  // frees the colour camera
+    }
+    ::testing::internal::GetCapturedStdout();
+    ASSERT_GE(mono, 0);
+    std::strcpy(system->tCam[mono].szCamKey, "OX-U3-23C-Left");
+
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(plugin.attach(system.get(), mono), c.expected);
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    const std::string count = "_kxTavroReattachAndInit: Number of cameras at startup = " +
+                              std::to_string(system->iNumCams) + "\n";
+    EXPECT_EQ(out.substr(0, count.size()), count);
+    EXPECT_EQ(system->tSlot[mono].yAttached, c.expected == 0 ? 1u : 0u);
+    EXPECT_EQ(system->tSlot[mono].pCamera != nullptr, c.expected == 0);
+    EXPECT_EQ(system->tCam[mono].yColour, c.expected == 0 ? 1u : 0u);
+    if (c.expected != 0) {
+      // The camera object made for the search says no more than that it started.
+      EXPECT_EQ(out, count + "Acquire thread started.\n");
+      // The camera the selection admits is still found under its own key.
+      std::strcpy(system->tCam[mono].szCamKey, "OX-U3-13M");
+      ::testing::internal::CaptureStdout();
+      EXPECT_EQ(plugin.attach(system.get(), mono), 0);
+      ::testing::internal::GetCapturedStdout();
+      EXPECT_EQ(system->tSlot[mono].yAttached, 1u);
+    }
+    EXPECT_EQ(TearDownSystem(), 0);
+  }
 }
 
 }  // namespace
