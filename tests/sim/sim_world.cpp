@@ -1,7 +1,6 @@
 #include "sim_world.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -116,10 +115,17 @@ World::World(const std::string& producerDir) : path_(producerDir) {
     for (OXEL_INTERFACE_DESCRIPTOR descriptor : found) {
       OXEL_INTERFACE opened = nullptr;
       Check(OXEL_InterfaceDescriptor_OpenInterface(descriptor, &opened), "OpenInterface");
-      interfaces_.push_back(opened);
+      Check(OXEL_Interface_RegisterDeviceFoundCallback(
+                opened,
+                [](OXEL_DEVICE_DESCRIPTOR d, void* c) {
+                  Collector<OXEL_DEVICE_DESCRIPTOR>(c)->push_back(d);
+                },
+                &descriptors_, &callback),
+            "RegisterDeviceFoundCallback");
+      Check(OXEL_Interface_UpdateDevices(opened, 300), "UpdateDevices");
+      Check(OXEL_Interface_UnregisterDeviceFoundCallback(opened, callback), "Unregister found");
     }
   }
-  UpdateDevices(nullptr, nullptr);
 }
 
 World::~World() {
@@ -127,47 +133,11 @@ World::~World() {
   OXEL_Library_Close();
 }
 
-void World::UpdateDevices(std::vector<std::string>* found, std::vector<std::string>* lost) {
-  struct Reports {
-    World* world;
-    std::vector<std::string>* found;
-    std::vector<std::string>* lost;
-  } reports{this, found, lost};
-  for (OXEL_INTERFACE opened : interfaces_) {
-    OXEL_CALLBACK_HANDLE foundHandle = nullptr;
-    OXEL_CALLBACK_HANDLE lostHandle = nullptr;
-    Check(OXEL_Interface_RegisterDeviceFoundCallback(
-              opened,
-              [](OXEL_DEVICE_DESCRIPTOR d, void* c) {
-                auto* r = static_cast<Reports*>(c);
-                r->world->descriptors_.push_back(d);
-                if (r->found != nullptr) {
-                  r->found->push_back(Text(
-                      [&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetID(d, t, s); }));
-                }
-              },
-              &reports, &foundHandle),
-          "RegisterDeviceFoundCallback");
-    Check(OXEL_Interface_RegisterDeviceLostCallback(
-              opened,
-              [](const char* key, size_t keySize, void* c) {
-                auto* r = static_cast<Reports*>(c);
-                if (r->lost != nullptr) r->lost->push_back(std::string(key, strnlen(key, keySize)));
-              },
-              &reports, &lostHandle),
-          "RegisterDeviceLostCallback");
-    Check(OXEL_Interface_UpdateDevices(opened, 300), "UpdateDevices");
-    Check(OXEL_Interface_UnregisterDeviceFoundCallback(opened, foundHandle), "Unregister found");
-    Check(OXEL_Interface_UnregisterDeviceLostCallback(opened, lostHandle), "Unregister lost");
-  }
-}
-
 OXEL_DEVICE_DESCRIPTOR World::Descriptor(const std::string& deviceId) const {
-  // The newest descriptor of the camera: older ones belong to earlier pluggings.
-  for (auto it = descriptors_.rbegin(); it != descriptors_.rend(); ++it) {
+  for (OXEL_DEVICE_DESCRIPTOR descriptor : descriptors_) {
     const std::string id =
-        Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetID(*it, t, s); });
-    if (id == deviceId) return *it;
+        Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetID(descriptor, t, s); });
+    if (id == deviceId) return descriptor;
   }
   throw std::runtime_error("no descriptor for camera " + deviceId);
 }
@@ -211,25 +181,6 @@ int64_t Camera::Int(const std::string& name) const {
   Check(OXEL_IntegerNode_GetValue(node, OXEL_NODE_CACHE_POLICY_USE_CACHE, &value),
         ("GetValue " + name).c_str());
   return value;
-}
-
-double Camera::Float(const std::string& name) const {
-  OXEL_FLOAT_NODE node = nullptr;
-  Check(OXEL_Node_ToFloatNode(Node(name), &node), "ToFloatNode");
-  double value = 0;
-  Check(OXEL_FloatNode_GetValue(node, OXEL_NODE_CACHE_POLICY_USE_CACHE, &value),
-        ("GetValue " + name).c_str());
-  return value;
-}
-
-std::string Camera::Enum(const std::string& name) const {
-  OXEL_ENUMERATION_NODE node = nullptr;
-  Check(OXEL_Node_ToEnumerationNode(Node(name), &node), "ToEnumerationNode");
-  OXEL_ENUMERATION_ENTRY_NODE entry = nullptr;
-  Check(OXEL_EnumerationNode_GetCurrentEntry(node, OXEL_NODE_CACHE_POLICY_USE_CACHE, &entry),
-        ("GetCurrentEntry " + name).c_str());
-  return Text(
-      [&](char* t, size_t* s) { return OXEL_EnumerationEntryNode_GetSymbolicValue(entry, t, s); });
 }
 
 OXEL_RETURN_CODE Camera::SetInt(const std::string& name, int64_t value) const {

@@ -62,15 +62,10 @@ class World {
   ~World();
 
   OXEL_DEVICE_DESCRIPTOR Descriptor(const std::string& deviceId) const;
-  const std::vector<OXEL_INTERFACE>& Interfaces() const { return interfaces_; }
-  const std::vector<OXEL_DEVICE_DESCRIPTOR>& Descriptors() const { return descriptors_; }
-  // Runs a device update on every interface; returns the found and lost counts.
-  void UpdateDevices(std::vector<std::string>* found, std::vector<std::string>* lost);
 
  private:
   ScopedSearchPath path_;
   std::vector<OXEL_PRODUCER_LIBRARY> libraries_;
-  std::vector<OXEL_INTERFACE> interfaces_;
   std::vector<OXEL_DEVICE_DESCRIPTOR> descriptors_;
 };
 
@@ -86,8 +81,6 @@ struct Camera {
 
   OXEL_NODE Node(const std::string& name) const;
   int64_t Int(const std::string& name) const;
-  double Float(const std::string& name) const;
-  std::string Enum(const std::string& name) const;
   OXEL_RETURN_CODE SetInt(const std::string& name, int64_t value) const;
   OXEL_RETURN_CODE SetFloat(const std::string& name, double value) const;
   OXEL_RETURN_CODE SetEnum(const std::string& name, const std::string& entry) const;
