@@ -3,13 +3,13 @@
 // outside their memory.
 #include <string>
 
-#include "acquire_session.h"
 #include "oxel_sim.h"
+#include "support/plugin_host.h"
 
-namespace tavro::acquisition_test {
+namespace tavro::testing {
 namespace {
 
-using DeliveredPixels = AcquireSession;
+using DeliveredPixels = PluginHost;
 
 uint8_t Luma(uint32_t red, uint32_t green, uint32_t blue) {
   return static_cast<uint8_t>((19595u * red + 38470u * green + 7471u * blue) >> 16);
@@ -33,12 +33,12 @@ TEST_F(DeliveredPixels, EveryPixelMatchesThePattern) {
   };
   for (const PixelCase& c : cases) {
     SCOPED_TRACE(c.what);
-    SetupOn(*c.camera);
+    SetupOn({*c.camera});
     HostImage image(0, c.width, c.height, c.colourPlanes);
     if (c.aoi) image.SetAoi(c.left, c.top, c.left + c.width, c.top + c.height);
     ASSERT_EQ(Acquire(image, 1, 0), 0);
     ASSERT_EQ(status, 0u);
-    const uint64_t frame = LastFrameId();
+    const uint64_t frame = LastFrameId(*c.camera);
     const bool bgr = c.camera == &kColour;
     int mismatches = 0;
     for (int32_t y = 0; y < c.height && mismatches < 5; ++y) {
@@ -71,9 +71,9 @@ TEST_F(DeliveredPixels, EveryPixelMatchesThePattern) {
 }
 
 TEST_F(DeliveredPixels, ClampedParametersAreWrittenBackAndSentOnce) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 16, 2, false);
-  CameraRecord& record = system().tCam[0];
+  CameraRecord& record = system->tCam[0];
   ParameterEntry& gain = record.tParam[TAVRO_PARAM_MASTER_GAIN];
   ParameterEntry& exposure = record.tParam[TAVRO_PARAM_EXPOSURE];
   ParameterEntry& offset = record.tParam[TAVRO_PARAM_OFFSET];
@@ -83,28 +83,28 @@ TEST_F(DeliveredPixels, ClampedParametersAreWrittenBackAndSentOnce) {
   gain.iCurrent = 100000;
   exposure.iCurrent = -50;
   offset.iCurrent = 256;
-  system().lError = 0;
+  system->lError = 0;
 
   ASSERT_EQ(Acquire(image, 1, 0), 0);
   EXPECT_EQ(gain.iCurrent, gain.iMaximum);
   EXPECT_EQ(exposure.iCurrent, exposure.iMinimum);
   EXPECT_EQ(offset.iCurrent, 255);
-  const CameraSlot& slot = system().tSlot[0];
+  const CameraSlot& slot = system->tSlot[0];
   EXPECT_EQ(slot.aiApplied[TAVRO_PARAM_MASTER_GAIN], gain.iMaximum);
   EXPECT_EQ(slot.aiApplied[TAVRO_PARAM_OFFSET], 255);
   EXPECT_EQ(slot.dExposure, exposure.iMinimum);
   EXPECT_EQ(slot.yReapply, 0u);
-  EXPECT_EQ(system().lError, 0);
+  EXPECT_EQ(system->lError, 0);
 
   // Unchanged values are not sent again; a changed one is.
-  const uint64_t gains = WriteCount("Gain");
-  const uint64_t exposures = WriteCount("ExposureTime");
+  const uint64_t gains = WriteCount(kMono, "Gain");
+  const uint64_t exposures = WriteCount(kMono, "ExposureTime");
   ASSERT_EQ(Acquire(image, 1, 0), 0);
-  EXPECT_EQ(WriteCount("Gain"), gains);
-  EXPECT_EQ(WriteCount("ExposureTime"), exposures);
+  EXPECT_EQ(WriteCount(kMono, "Gain"), gains);
+  EXPECT_EQ(WriteCount(kMono, "ExposureTime"), exposures);
   gain.iCurrent = 50;
   ASSERT_EQ(Acquire(image, 1, 0), 0);
-  EXPECT_EQ(WriteCount("Gain"), gains + 1);
+  EXPECT_EQ(WriteCount(kMono, "Gain"), gains + 1);
   EXPECT_EQ(slot.aiApplied[TAVRO_PARAM_MASTER_GAIN], 50);
 
   // An unsupported control marked supported and changed: lError, and the
@@ -114,19 +114,19 @@ TEST_F(DeliveredPixels, ClampedParametersAreWrittenBackAndSentOnce) {
   gamma.iMaximum = 10;
   gamma.iCurrent = 3;
   ASSERT_EQ(Acquire(image, 1, 0), 0);
-  EXPECT_EQ(system().lError, -1);
+  EXPECT_EQ(system->lError, -1);
   EXPECT_EQ(finished.size(), 4u);
 }
 
 TEST_F(DeliveredPixels, BrokenPlanesAndAoisNeverCrashOrOverrun) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   {
     SCOPED_TRACE("pitch below width");
     HostImage image(0, 64, 4, false);
     image.grey = std::make_unique<HostPlane>(64, 4, 40);
     image.image.ptPlane = &image.grey->info;
     ASSERT_EQ(Acquire(image, 1, 0), 0);
-    EXPECT_EQ(image.grey->At(39, 3), OxelSim_PatternMono8(39, 3, LastFrameId()));
+    EXPECT_EQ(image.grey->At(39, 3), OxelSim_PatternMono8(39, 3, LastFrameId(kMono)));
   }
   {
     SCOPED_TRACE("no pixel memory");
@@ -135,14 +135,14 @@ TEST_F(DeliveredPixels, BrokenPlanesAndAoisNeverCrashOrOverrun) {
     status = ~0u;
     EXPECT_EQ(Acquire(image, 1, 0), -1);
     EXPECT_EQ(status, 0u);
-    EXPECT_EQ(system().tSlot[0].yAttached, 1u) << "the camera still answers";
+    EXPECT_EQ(system->tSlot[0].yAttached, 1u) << "the camera still answers";
   }
   {
     SCOPED_TRACE("a colour plane missing");
     HostImage image(0, 32, 4, true);
     image.image.ptGreen = nullptr;
     ASSERT_EQ(Acquire(image, 1, 0), 0);
-    EXPECT_EQ(image.grey->At(5, 1), OxelSim_PatternMono8(5, 1, LastFrameId()));
+    EXPECT_EQ(image.grey->At(5, 1), OxelSim_PatternMono8(5, 1, LastFrameId(kMono)));
   }
   const struct {
     const char* what;
@@ -160,8 +160,8 @@ TEST_F(DeliveredPixels, BrokenPlanesAndAoisNeverCrashOrOverrun) {
     EXPECT_EQ(Acquire(image, 1, 0), 0);
     EXPECT_EQ(status, 0u);
   }
-  EXPECT_EQ(system().tSlot[0].yAttached, 1u);
+  EXPECT_EQ(system->tSlot[0].yAttached, 1u);
 }
 
 }  // namespace
-}  // namespace tavro::acquisition_test
+}  // namespace tavro::testing

@@ -6,13 +6,13 @@
 #include <cstdio>
 #include <string>
 
-#include "acquire_session.h"
 #include "oxel_sim.h"
+#include "support/plugin_host.h"
 
-namespace tavro::acquisition_test {
+namespace tavro::testing {
 namespace {
 
-using AcquireFlow = AcquireSession;
+using AcquireFlow = PluginHost;
 
 std::string FinishedLine(const CamImage* image) {
   char line[128];
@@ -22,7 +22,7 @@ std::string FinishedLine(const CamImage* image) {
 }
 
 TEST_F(AcquireFlow, WaitingAcquireDeliversAndReportsOnce) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 64, 8, false);
   status = ~0u;
   ASSERT_EQ(Acquire(image, 1, 42), 0);
@@ -30,12 +30,12 @@ TEST_F(AcquireFlow, WaitingAcquireDeliversAndReportsOnce) {
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].image, &image.image);
   EXPECT_EQ(finished[0].userValue, 42u);
-  EXPECT_EQ(image.grey->At(3, 5), OxelSim_PatternMono8(3, 5, LastFrameId()));
+  EXPECT_EQ(image.grey->At(3, 5), OxelSim_PatternMono8(3, 5, LastFrameId(kMono)));
   EXPECT_EQ(Status(image), ACQSTATUS_IDLE);
 }
 
 TEST_F(AcquireFlow, AcquireWithoutWaitIsCollectedByTheWait) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 64, 8, false);
   ASSERT_EQ(Acquire(image, 0, 7), 0);
   EXPECT_TRUE(finished.empty());
@@ -46,7 +46,7 @@ TEST_F(AcquireFlow, AcquireWithoutWaitIsCollectedByTheWait) {
   EXPECT_EQ(status, 0u);
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].userValue, 7u);
-  EXPECT_EQ(image.grey->At(63, 7), OxelSim_PatternMono8(63, 7, LastFrameId()));
+  EXPECT_EQ(image.grey->At(63, 7), OxelSim_PatternMono8(63, 7, LastFrameId(kMono)));
   EXPECT_EQ(Status(image), ACQSTATUS_IDLE);
 
   // Nothing is pending any more.
@@ -56,7 +56,7 @@ TEST_F(AcquireFlow, AcquireWithoutWaitIsCollectedByTheWait) {
 }
 
 TEST_F(AcquireFlow, SecondAcquireFirstCollectsThePendingOne) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage first(0, 32, 4, false), second(0, 32, 4, false);
   ASSERT_EQ(Acquire(first, 0, 1), 0);
   int32_t result = -1;
@@ -69,33 +69,34 @@ TEST_F(AcquireFlow, SecondAcquireFirstCollectsThePendingOne) {
   EXPECT_EQ(finished[1].image, &second.image);
   EXPECT_EQ(finished[1].userValue, 2u);
   // Each image holds its own frame.
-  const uint64_t last = LastFrameId();
+  const uint64_t last = LastFrameId(kMono);
   EXPECT_EQ(second.grey->At(1, 1), OxelSim_PatternMono8(1, 1, last));
   EXPECT_EQ(first.grey->At(1, 1), OxelSim_PatternMono8(1, 1, last - 1));
 }
 
 TEST_F(AcquireFlow, HardwareTriggerWaitsForALine0Edge) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 48, 6, false);
   image.info.yHwTrigger = 1;
   ASSERT_EQ(Acquire(image, 0, 9), 0);
-  EXPECT_EQ(WriteCount("TriggerSoftware"), 0u) << "no software trigger on a hardware acquire";
+  EXPECT_EQ(WriteCount(kMono, "TriggerSoftware"), 0u)
+      << "no software trigger on a hardware acquire";
   EXPECT_EQ(Status(image), ACQSTATUS_ACQUIRING);
   ASSERT_EQ(OxelSim_PulseLine0(kMono.id), 0);
   ASSERT_EQ(Wait(image), 0);
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].userValue, 9u);
-  EXPECT_EQ(image.grey->At(47, 5), OxelSim_PatternMono8(47, 5, LastFrameId()));
+  EXPECT_EQ(image.grey->At(47, 5), OxelSim_PatternMono8(47, 5, LastFrameId(kMono)));
 
   // Back to software: the next acquire fires its own trigger.
   image.info.yHwTrigger = 0;
   ASSERT_EQ(Acquire(image, 1, 10), 0);
-  EXPECT_EQ(WriteCount("TriggerSoftware"), 1u);
+  EXPECT_EQ(WriteCount(kMono, "TriggerSoftware"), 1u);
   EXPECT_EQ(finished.size(), 2u);
 }
 
 TEST_F(AcquireFlow, LostFrameTimesOutWithoutCallbackAndTheNextOneArrives) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 16, 2, false);
   ASSERT_EQ(OxelSim_DropFrames(kMono.id, 1), 0);
   int32_t result = 0;
@@ -106,30 +107,30 @@ TEST_F(AcquireFlow, LostFrameTimesOutWithoutCallbackAndTheNextOneArrives) {
   EXPECT_TRUE(finished.empty());
   EXPECT_EQ(image.grey->At(0, 0), HostPlane::kFill);
   EXPECT_EQ(Status(image), ACQSTATUS_IDLE);
-  EXPECT_EQ(system().tSlot[0].yAttached, 1u);
+  EXPECT_EQ(system->tSlot[0].yAttached, 1u);
 
   // The camera was stopped; the next acquire starts it again.
-  const uint64_t starts = WriteCount("AcquisitionStart");
+  const uint64_t starts = WriteCount(kMono, "AcquisitionStart");
   ASSERT_EQ(Acquire(image, 1, 4), 0);
-  EXPECT_EQ(WriteCount("AcquisitionStart"), starts + 1);
+  EXPECT_EQ(WriteCount(kMono, "AcquisitionStart"), starts + 1);
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].userValue, 4u);
 }
 
 TEST_F(AcquireFlow, StartedCameraOnlyFiresTheTrigger) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 16, 2, false);
   ASSERT_EQ(Acquire(image, 1, 0), 0);
-  const uint64_t starts = WriteCount("AcquisitionStart");
-  const uint64_t triggers = WriteCount("TriggerSoftware");
+  const uint64_t starts = WriteCount(kMono, "AcquisitionStart");
+  const uint64_t triggers = WriteCount(kMono, "TriggerSoftware");
   ASSERT_EQ(Acquire(image, 1, 0), 0);
   ASSERT_EQ(Acquire(image, 1, 0), 0);
-  EXPECT_EQ(WriteCount("AcquisitionStart"), starts);
-  EXPECT_EQ(WriteCount("TriggerSoftware"), triggers + 2);
+  EXPECT_EQ(WriteCount(kMono, "AcquisitionStart"), starts);
+  EXPECT_EQ(WriteCount(kMono, "TriggerSoftware"), triggers + 2);
 }
 
 TEST_F(AcquireFlow, CameraThatStopsAnsweringIsDetached) {
-  SetupOn(kMono);
+  SetupOn({kMono});
   HostImage image(0, 16, 2, false);
   ASSERT_EQ(OxelSim_UnplugCamera(kMono.id), 0);
   int32_t result = 0;
@@ -138,10 +139,10 @@ TEST_F(AcquireFlow, CameraThatStopsAnsweringIsDetached) {
   EXPECT_EQ(result, -1);
   EXPECT_EQ(status, 0u);
   EXPECT_NE(out.find("_kxDetachTavroCamera() called\n"), std::string::npos) << out;
-  EXPECT_EQ(system().tSlot[0].yAttached, 0u);
-  EXPECT_EQ(system().lError, -1) << "the AOI or a parameter could not be written";
+  EXPECT_EQ(system->tSlot[0].yAttached, 0u);
+  EXPECT_EQ(system->lError, -1) << "the AOI or a parameter could not be written";
   EXPECT_TRUE(finished.empty());
 }
 
 }  // namespace
-}  // namespace tavro::acquisition_test
+}  // namespace tavro::testing

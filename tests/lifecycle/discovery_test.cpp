@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "plugin_session.h"
+#include "support/plugin_host.h"
 
 namespace tavro::testing {
 namespace {
@@ -66,7 +66,7 @@ void ExpectFormat(const CameraRecord& record, int32_t width, int32_t height, con
   EXPECT_EQ(std::memcmp(&record.tFormat[0], &expected, sizeof expected), 0);
 }
 
-class Discovery : public PluginSession {};
+class Discovery : public PluginHost {};
 
 TEST_F(Discovery, BundledCamerasReportTheirTablesFormatsAndGeometry) {
   ASSERT_EQ(Setup(nullptr), 0);

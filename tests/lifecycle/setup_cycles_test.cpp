@@ -9,14 +9,14 @@
 #include <string>
 
 #include "oxel_sim.h"
-#include "plugin_session.h"
+#include "support/plugin_host.h"
 
 namespace tavro::testing {
 namespace {
 
 using ::testing::HasSubstr;
 
-class SetupCycles : public PluginSession {};
+class SetupCycles : public PluginHost {};
 
 TEST_F(SetupCycles, EveryCycleFindsTheSameCamerasAndTeardownReleasesThem) {
   for (int cycle = 0; cycle < 3; ++cycle) {

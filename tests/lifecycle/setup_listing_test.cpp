@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "oxel_sim.h"
-#include "plugin_session.h"
+#include "support/plugin_host.h"
 
 namespace tavro::testing {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-class SetupListing : public PluginSession {};
+class SetupListing : public PluginHost {};
 
 TEST_F(SetupListing, BundledProducersGiveTheTwoUsb3CamerasButNotTheGigECamera) {
   Output output;

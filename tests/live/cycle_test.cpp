@@ -8,12 +8,10 @@
 #include <filesystem>
 #include <string>
 
-#include "live/live_session.h"
+#include "support/plugin_host.h"
 
-namespace tavro::live_test {
+namespace tavro::testing {
 namespace {
-
-using acquisition_test::kMono;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int kCycles = 200;  // sanitized runs are several times slower
@@ -34,7 +32,7 @@ struct Resources {
   size_t files = EntriesOf("/proc/self/fd");
 };
 
-class LiveCycle : public LiveSession {
+class LiveCycle : public PluginHost {
  protected:
   // One full cycle; stops at the first step that fails.
   void RunCycle() {
@@ -46,12 +44,12 @@ class LiveCycle : public LiveSession {
     ASSERT_TRUE(image.WaitForNewFrame());
     ASSERT_EQ(Live(image, 0), 0);
     ASSERT_EQ(status, 0u);
-    ASSERT_EQ(system().yLive, 0u);
+    ASSERT_EQ(system->yLive, 0u);
     ASSERT_EQ(Detach(number), 0);
     ASSERT_EQ(Attach(number), 0);
-    ASSERT_EQ(system().tSlot[number].yAttached, 1u);
-    ASSERT_EQ(TearDownPlugin(), 0);
-    ASSERT_EQ(system().tSlot[number].pCamera, nullptr);
+    ASSERT_EQ(system->tSlot[number].yAttached, 1u);
+    ASSERT_EQ(TearDownSystem(), 0);
+    ASSERT_EQ(system->tSlot[number].pCamera, nullptr);
     // A stopped live run is not reported to the host.
     ASSERT_TRUE(finished.empty());
   }
@@ -74,4 +72,4 @@ TEST_F(LiveCycle, RepeatedFullCyclesLeaveNoThreadsOrFilesBehind) {
 }
 
 }  // namespace
-}  // namespace tavro::live_test
+}  // namespace tavro::testing

@@ -5,14 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "camera/display_drawing.h"
-#include "live/live_session.h"
 #include "oxel_sim.h"
+#include "support/plugin_host.h"
 
-namespace tavro::live_test {
+namespace tavro::testing {
 namespace {
-
-using acquisition_test::kColour;
-using acquisition_test::kMono;
 
 constexpr int32_t kWidth = 40;
 constexpr int32_t kHeight = 24;
@@ -50,7 +47,7 @@ void ExpectLastFrameShown(const LiveImage& image, const SimCamera& camera, bool 
   EXPECT_EQ(mismatches, 0) << camera.key << " frame " << frame;
 }
 
-class LiveAcquire : public LiveSession {};
+class LiveAcquire : public PluginHost {};
 
 TEST_F(LiveAcquire, RunsFramesIntoPlanesAndDisplayAndStopsWithoutReport) {
   struct Case {
@@ -65,11 +62,11 @@ TEST_F(LiveAcquire, RunsFramesIntoPlanesAndDisplayAndStopsWithoutReport) {
     for (int run = 0; run < 3; ++run) {
       ASSERT_EQ(Live(image, 1, kLiveUser), 0);
       EXPECT_EQ(status, 0u);
-      EXPECT_EQ(system().yLive, 1u);
-      EXPECT_EQ(system().tSlot[number].yLive, 1u);
-      EXPECT_EQ(system().ptLiveImage, &image.image);
-      EXPECT_EQ(system().iLiveCamNum, number);
-      EXPECT_EQ(system().qwLiveDisplayTag, LiveImage::kDisplayTag);
+      EXPECT_EQ(system->yLive, 1u);
+      EXPECT_EQ(system->tSlot[number].yLive, 1u);
+      EXPECT_EQ(system->ptLiveImage, &image.image);
+      EXPECT_EQ(system->iLiveCamNum, number);
+      EXPECT_EQ(system->qwLiveDisplayTag, LiveImage::kDisplayTag);
       // Every frame sets the flag again, not just the first.
       for (int frame = 0; frame < 3; ++frame) {
         ASSERT_TRUE(image.WaitForNewFrame()) << "frame " << frame;
@@ -81,8 +78,8 @@ TEST_F(LiveAcquire, RunsFramesIntoPlanesAndDisplayAndStopsWithoutReport) {
 
       ASSERT_EQ(Live(image, 0), 0);
       EXPECT_EQ(status, 0u);
-      EXPECT_EQ(system().yLive, 0u);
-      EXPECT_EQ(system().tSlot[number].yLive, 0u);
+      EXPECT_EQ(system->yLive, 0u);
+      EXPECT_EQ(system->tSlot[number].yLive, 0u);
       EXPECT_TRUE(finished.empty());
       ExpectLastFrameShown(image, c.camera, c.colour);
     }
@@ -118,8 +115,8 @@ TEST_F(LiveAcquire, SecondStartIsRefusedAndLiveRunsOn) {
     EXPECT_EQ(Live(*image, 1), -1);
     EXPECT_EQ(status, uint32_t{ACQERR_LIVE_RUNNING});
   }
-  EXPECT_EQ(system().ptLiveImage, &first.image);
-  EXPECT_EQ(system().iLiveCamNum, numbers[0]);
+  EXPECT_EQ(system->ptLiveImage, &first.image);
+  EXPECT_EQ(system->iLiveCamNum, numbers[0]);
   first.ClearNewFrameFlag();
   EXPECT_TRUE(first.WaitForNewFrame());
   EXPECT_EQ(Live(first, 0), 0);
@@ -148,8 +145,8 @@ TEST_F(LiveAcquire, SingleImageOnAnotherCameraStopsLiveFirst) {
   ASSERT_TRUE(live.WaitForNewFrame());
 
   ASSERT_EQ(Acquire(single, 1, 3), 0);
-  EXPECT_EQ(system().yLive, 0u);
-  EXPECT_EQ(system().tSlot[numbers[0]].yLive, 0u);
+  EXPECT_EQ(system->yLive, 0u);
+  EXPECT_EQ(system->tSlot[numbers[0]].yLive, 0u);
   // Only the single image is reported; the live run ended silently.
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].image, &single.image);
@@ -166,13 +163,13 @@ TEST_F(LiveAcquire, DetachAndTeardownDuringLiveEndItCleanly) {
   ASSERT_EQ(Live(image, 1, kLiveUser), 0);
   ASSERT_TRUE(image.WaitForNewFrame());
   ASSERT_EQ(Detach(number), 0);
-  EXPECT_EQ(system().tSlot[number].yAttached, 0u);
-  EXPECT_EQ(system().tSlot[number].yLive, 0u);
+  EXPECT_EQ(system->tSlot[number].yAttached, 0u);
+  EXPECT_EQ(system->tSlot[number].yLive, 0u);
   const uint64_t last = LastFrameId(kMono);
   // A detached camera cannot be told to stop; live stays marked.
   EXPECT_EQ(Live(image, 0), -1);
   EXPECT_EQ(status, uint32_t{ACQERR_NO_CAMERA});
-  EXPECT_EQ(system().yLive, 1u);
+  EXPECT_EQ(system->yLive, 1u);
   EXPECT_EQ(LastFrameId(kMono), last);
 
   // An acquire re-attaches the camera and ends the marked run first,
@@ -180,7 +177,7 @@ TEST_F(LiveAcquire, DetachAndTeardownDuringLiveEndItCleanly) {
   int32_t acquired = -1;
   StdoutOf([&] { acquired = Acquire(image, 1, 1); });
   ASSERT_EQ(acquired, 0);
-  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(system->yLive, 0u);
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].userValue, 1u);
 
@@ -188,8 +185,8 @@ TEST_F(LiveAcquire, DetachAndTeardownDuringLiveEndItCleanly) {
   ASSERT_EQ(Live(image, 1, kLiveUser), 0);
   image.ClearNewFrameFlag();
   ASSERT_TRUE(image.WaitForNewFrame());
-  EXPECT_EQ(TearDownPlugin(), 0);
-  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(TearDownSystem(), 0);
+  EXPECT_EQ(system->yLive, 0u);
   // After a new setup the same image runs live again.
   EXPECT_EQ(SetupOn({kMono})[0], number);
   image.ClearNewFrameFlag();
@@ -207,7 +204,7 @@ TEST_F(LiveAcquire, UnpluggedCameraEndsTheRunAndCannotStartAgain) {
   const uint64_t last = LastFrameId(kMono);
   // The worker gives up on the missing frame, so the stop succeeds.
   EXPECT_EQ(Live(image, 0), 0);
-  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(system->yLive, 0u);
   EXPECT_EQ(LastFrameId(kMono), last);
   EXPECT_TRUE(finished.empty());
 
@@ -215,15 +212,15 @@ TEST_F(LiveAcquire, UnpluggedCameraEndsTheRunAndCannotStartAgain) {
   // failed run once, and live stays marked until the host stops it.
   EXPECT_EQ(Live(image, 1, kLiveUser), -1);
   EXPECT_EQ(status, 0u);
-  EXPECT_EQ(system().lError, -1);
-  EXPECT_EQ(system().yLive, 1u);
-  EXPECT_EQ(system().tSlot[number].yLive, 0u);
+  EXPECT_EQ(system->lError, -1);
+  EXPECT_EQ(system->yLive, 1u);
+  EXPECT_EQ(system->tSlot[number].yLive, 0u);
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].userValue, kLiveUser);
   EXPECT_EQ(Live(image, 0), 0);
-  EXPECT_EQ(system().yLive, 0u);
+  EXPECT_EQ(system->yLive, 0u);
   EXPECT_EQ(finished.size(), 1u);
 }
 
 }  // namespace
-}  // namespace tavro::live_test
+}  // namespace tavro::testing
