@@ -63,6 +63,9 @@ void Memcpy(benchmark::State& state, bool bgr) {
 void BM_DeliverBgr8IntoGreyAndColour(benchmark::State& state) {
   Deliver(state, true, true);
 }
+void BM_DeliverBgr8IntoGrey(benchmark::State& state) {
+  Deliver(state, true, false);
+}
 void BM_MemcpyBgr8Frame(benchmark::State& state) {
   Memcpy(state, true);
 }
@@ -96,6 +99,7 @@ void BM_LiveDisplayColour(benchmark::State& state) {
 }
 
 BENCHMARK(BM_DeliverBgr8IntoGreyAndColour)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_DeliverBgr8IntoGrey)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MemcpyBgr8Frame)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_DeliverMono8IntoGrey)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MemcpyMono8Frame)->Unit(benchmark::kMicrosecond);

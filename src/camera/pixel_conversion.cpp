@@ -44,72 +44,69 @@ void BgrToPlanesScalar(const uint8_t* __restrict source, const PlaneRow& row, si
   }
 }
 
-// Luma of four pixels whose bytes sit in the low 16 bits of each 32-bit
-// lane. The green weight (38470) does not fit a signed 16-bit factor, so it
-// is split in two halves paired with red and with blue: two multiply-adds
-// give the exact 32-bit sums of the scalar definition.
-__attribute__((target("ssse3"))) inline __m128i Luma4(__m128i red, __m128i green, __m128i blue) {
-  const __m128i redWeights = _mm_set1_epi32(19595 | (19235 << 16));
-  const __m128i blueWeights = _mm_set1_epi32(7471 | (19235 << 16));
-  const __m128i greenHigh = _mm_slli_epi32(green, 16);
-  const __m128i sum = _mm_add_epi32(_mm_madd_epi16(_mm_or_si128(red, greenHigh), redWeights),
-                                    _mm_madd_epi16(_mm_or_si128(blue, greenHigh), blueWeights));
+// A shuffle mask from 16 byte positions (-1 gives zero).
+inline __m128i ByteMask(const int8_t (&positions)[16]) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(positions));
+}
+
+// Luma of the four pixels in bytes 0 to 11 of `pixels`, one per 32-bit lane.
+// The green weight (38470) does not fit a signed 16-bit factor, so it is
+// split in halves, one beside red and one beside blue: two multiply-adds of
+// 16-bit pairs give the exact sums of the scalar definition.
+__attribute__((target("ssse3"))) inline __m128i Luma4(__m128i pixels) {
+  const __m128i redGreen = ByteMask({2, -1, 1, -1, 5, -1, 4, -1, 8, -1, 7, -1, 11, -1, 10, -1});
+  const __m128i blueGreen = ByteMask({0, -1, 1, -1, 3, -1, 4, -1, 6, -1, 7, -1, 9, -1, 10, -1});
+  const __m128i sum = _mm_add_epi32(
+      _mm_madd_epi16(_mm_shuffle_epi8(pixels, redGreen), _mm_set1_epi32(19595 | (19235 << 16))),
+      _mm_madd_epi16(_mm_shuffle_epi8(pixels, blueGreen), _mm_set1_epi32(7471 | (19235 << 16))));
   return _mm_srli_epi32(sum, 16);
 }
 
-// Luma of eight pixels given as 16-bit lanes, as eight 16-bit lanes.
-__attribute__((target("ssse3"))) inline __m128i Luma8(__m128i red, __m128i green, __m128i blue) {
-  const __m128i zero = _mm_setzero_si128();
-  const __m128i low = Luma4(_mm_unpacklo_epi16(red, zero), _mm_unpacklo_epi16(green, zero),
-                            _mm_unpacklo_epi16(blue, zero));
-  const __m128i high = Luma4(_mm_unpackhi_epi16(red, zero), _mm_unpackhi_epi16(green, zero),
-                             _mm_unpackhi_epi16(blue, zero));
-  return _mm_packs_epi32(low, high);  // values are at most 255
+// The shuffles that gather one channel of sixteen pixels from the three
+// loads holding them: the byte of pixel i sits at 3i + channel of the 48.
+struct ChannelMasks {
+  __m128i part[3];
+
+  explicit ChannelMasks(int channel) {
+    for (int load = 0; load < 3; ++load) {
+      alignas(16) int8_t positions[16];
+      for (int i = 0; i < 16; ++i) {
+        const int at = 3 * i + channel - 16 * load;
+        positions[i] = static_cast<int8_t>(at >= 0 && at < 16 ? at : -1);
+      }
+      part[load] = _mm_load_si128(reinterpret_cast<const __m128i*>(positions));
+    }
+  }
+};
+
+__attribute__((target("ssse3"))) inline __m128i Channel(const ChannelMasks& masks, __m128i a,
+                                                        __m128i b, __m128i c) {
+  return _mm_or_si128(
+      _mm_or_si128(_mm_shuffle_epi8(a, masks.part[0]), _mm_shuffle_epi8(b, masks.part[1])),
+      _mm_shuffle_epi8(c, masks.part[2]));
 }
 
-// Sixteen pixels (48 bytes) per step: byte shuffles pull each channel out of
-// the three loads, then the luma is formed in 32-bit lanes.
+// Sixteen pixels (48 bytes) per step. The luma works on four groups of four
+// pixels, each moved to the start of a register; the colour planes, when
+// wanted, take one byte shuffle per load and channel.
 __attribute__((target("ssse3"))) size_t BgrToPlanesVector(const uint8_t* source,
                                                           const PlaneRow& row, size_t pixels) {
-  // For channel c, the byte of pixel i sits at 3i + c of the 48 bytes; each
-  // mask gathers the bytes one load holds, -1 zeroes the rest.
-  const auto mask = [](int channel, int load) {
-    alignas(16) int8_t bytes[16];
-    for (int i = 0; i < 16; ++i) {
-      const int at = 3 * i + channel - 16 * load;
-      bytes[i] = static_cast<int8_t>(at >= 0 && at < 16 ? at : -1);
-    }
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(bytes));
-  };
-  const __m128i masks[3][3] = {{mask(0, 0), mask(0, 1), mask(0, 2)},
-                               {mask(1, 0), mask(1, 1), mask(1, 2)},
-                               {mask(2, 0), mask(2, 1), mask(2, 2)}};
-  const __m128i zero = _mm_setzero_si128();
+  static const ChannelMasks blue(0), green(1), red(2);
   size_t x = 0;
   for (; x + 16 <= pixels; x += 16) {
     const uint8_t* in = source + 3 * x;
     const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
     const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 16));
     const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 32));
-    __m128i channel[3];
-    for (int k = 0; k < 3; ++k) {
-      channel[k] = _mm_or_si128(
-          _mm_or_si128(_mm_shuffle_epi8(a, masks[k][0]), _mm_shuffle_epi8(b, masks[k][1])),
-          _mm_shuffle_epi8(c, masks[k][2]));
-    }
-    const __m128i& blue = channel[0];
-    const __m128i& green = channel[1];
-    const __m128i& red = channel[2];
+    const __m128i first = _mm_packs_epi32(Luma4(a), Luma4(_mm_alignr_epi8(b, a, 12)));
+    const __m128i second =
+        _mm_packs_epi32(Luma4(_mm_alignr_epi8(c, b, 8)), Luma4(_mm_srli_si128(c, 4)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(row.grey + x), _mm_packus_epi16(first, second));
     if (row.red != nullptr) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(row.blue + x), blue);
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(row.green + x), green);
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(row.red + x), red);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(row.blue + x), Channel(blue, a, b, c));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(row.green + x), Channel(green, a, b, c));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(row.red + x), Channel(red, a, b, c));
     }
-    const __m128i low = Luma8(_mm_unpacklo_epi8(red, zero), _mm_unpacklo_epi8(green, zero),
-                              _mm_unpacklo_epi8(blue, zero));
-    const __m128i high = Luma8(_mm_unpackhi_epi8(red, zero), _mm_unpackhi_epi8(green, zero),
-                               _mm_unpackhi_epi8(blue, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(row.grey + x), _mm_packus_epi16(low, high));
   }
   return x;
 }
