@@ -103,18 +103,28 @@ TEST_F(SetupListing, CameraThatCannotBeOpenedGivesItsNumberToTheNext) {
   UseProducers({ProducerFile(
       {SmallCamera("A", "First"),
        SmallCamera("B", "Stubborn", R"("features": {"PixelFormat": {"access": "ReadOnly"}})"),
-       SmallCamera("C", "Third", R"("userDefinedName": "Right")")})});
+       SmallCamera("C", "Third", R"("userDefinedName": "Right")"),
+       SmallCamera("D", "Untriggered", R"("features": {"TriggerMode": {"access": "ReadOnly"}})"),
+       // Without it the device set-up stops early, which alone does not make
+       // the camera unusable.
+       SmallCamera("E", "Unlocked", R"("features": {"TLParamsLocked": "absent"})")})});
   Output output;
   ASSERT_EQ(Setup(nullptr, &output), 0);
-  EXPECT_THAT(output.out, HasSubstr("The number of Oxel cameras connected = 3\n"));
-  EXPECT_EQ(output.err, "OpenCamera: Cannot set correct color.\n");
-  ASSERT_EQ(system->iNumCams, 2);
+  EXPECT_THAT(output.out, HasSubstr("The number of Oxel cameras connected = 5\n"));
+  EXPECT_EQ(output.err,
+            "OpenCamera: Cannot set correct color.\nOpenCamera: Cannot set trigger mode.\n");
+  ASSERT_EQ(system->iNumCams, 3);
   EXPECT_EQ(Key(0), "First");
   EXPECT_EQ(Key(1), "Third-Right");
+  EXPECT_EQ(Key(2), "Unlocked");
   EXPECT_EQ(system->tCam[1].iCamNum, 1);
   EXPECT_EQ(system->aiCamIndex[1], 1);
-  EXPECT_EQ(system->tSlot[2].yAttached, 0u);
-  EXPECT_EQ(system->tSlot[2].pCamera, nullptr);
+  EXPECT_EQ(system->tSlot[3].yAttached, 0u);
+  EXPECT_EQ(system->tSlot[3].pCamera, nullptr);
+  for (const char* feature : {"UserSetLoad", "AcquisitionMode"}) {
+    EXPECT_EQ(WriteCount({"A", "First"}, feature), 1u) << feature;
+    EXPECT_EQ(WriteCount({"E", "Unlocked"}, feature), 0u) << feature;
+  }
 }
 
 TEST_F(SetupListing, OnlyTheFirstSixteenOfTwentyCamerasAreOpened) {
