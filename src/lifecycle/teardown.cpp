@@ -2,6 +2,7 @@
 
 #include "host_interface/acquisition_table.h"
 #include "host_interface/result.h"
+#include "host_interface/slot_camera.h"
 #include "lifecycle/attach_detach.h"
 #include "lifecycle/camera_list.h"
 #include "lifecycle/setup.h"
@@ -14,6 +15,11 @@ int32_t TearDown(SystemRecord& system) {
   // Only numbers that exist, whatever the record says.
   for (int32_t n = 0; n < system.iNumCams && n < host_interface::kMaxCameras; ++n) {
     if (system.tSlot[n].yAttached != 0) DetachCamera(&system, n);
+  }
+  // A camera the host attached beyond iNumCams is not detached, but its
+  // object must not outlive the events and the library its worker uses.
+  for (CameraSlot& slot : system.tSlot) {
+    if (host_interface::HoldsOwnedCamera(slot)) host_interface::TakeCamera(slot).reset();
   }
   for (auto& entry : host_interface::tTavroCamAcq) entry.hEvent.reset();
   system.yLive = 0;

@@ -150,5 +150,28 @@ TEST_F(SetupCycles, ReattachFindsOnlyCamerasTheSetupsSelectionAdmits) {
   }
 }
 
+TEST_F(SetupCycles, TeardownReleasesACameraAttachedBeyondTheOpenedOnes) {
+  // The colour camera is busy at setup, so only the mono camera is opened;
+  // once free, the host attaches it into slot 1, beyond iNumCams.
+  ASSERT_EQ(OxelSim_SetOpenedElsewhere("OX23C-21A0417", 1), OXEL_RETURN_CODE_SUCCESS);
+  ASSERT_EQ(Setup(nullptr), 0);
+  ASSERT_EQ(system->iNumCams, 1);
+  ASSERT_EQ(OxelSim_SetOpenedElsewhere("OX23C-21A0417", 0), OXEL_RETURN_CODE_SUCCESS);
+  std::strcpy(system->tCam[1].szCamKey, "OX-U3-23C-Left");
+  ::testing::internal::CaptureStdout();
+  const int attached = plugin.attach(system.get(), 1);
+  ::testing::internal::GetCapturedStdout();
+  ASSERT_EQ(attached, 0);
+
+  Output output;
+  EXPECT_EQ(TearDownSystem(&output), 0);
+  EXPECT_EQ(output.out, "_kxDetachTavroCamera() called\n") << "slot 1 is not detached";
+  EXPECT_EQ(system->tSlot[1].pCamera, nullptr);
+  EXPECT_EQ(system->tCam[1].yEnabled, 1u);
+  // Its device was released: the next setup opens both cameras.
+  ASSERT_EQ(Setup(nullptr), 0);
+  EXPECT_EQ(system->iNumCams, 2);
+}
+
 }  // namespace
 }  // namespace tavro::testing
