@@ -77,7 +77,9 @@ int32_t AcquireSequence(CamImage* image, uint32_t wait, uint32_t userValue, uint
 int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t, uint32_t, uint32_t* status,
                            SystemRecord* system) {
   *status = 0;
-  if (system->yLive != 0 && image == system->ptLiveImage) {
+  // Another image of the live camera is refused too: its frames belong to
+  // the worker, and a second wait on the data stream would take them away.
+  if (system->yLive != 0 && (image == system->ptLiveImage || system->tSlot[number].yLive != 0)) {
     return Fail(status, ACQERR_LIVE_RUNNING);
   }
   TavroCamAcq& entry = host_interface::tTavroCamAcq[number];

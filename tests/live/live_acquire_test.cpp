@@ -117,6 +117,10 @@ TEST_F(LiveAcquire, SecondStartIsRefusedAndLiveRunsOn) {
   }
   EXPECT_EQ(system->ptLiveImage, &first.image);
   EXPECT_EQ(system->iLiveCamNum, numbers[0]);
+  // A wait for another image of the live camera takes no frame from the run.
+  EXPECT_EQ(Wait(sameCamera), -1);
+  EXPECT_EQ(status, uint32_t{ACQERR_LIVE_RUNNING});
+  EXPECT_TRUE(finished.empty());
   first.ClearNewFrameFlag();
   EXPECT_TRUE(first.WaitForNewFrame());
   EXPECT_EQ(Live(first, 0), 0);
