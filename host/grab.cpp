@@ -2,6 +2,7 @@
 // host's choices of AOI, exposure, gain, colour planes and trigger.
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
@@ -44,7 +45,8 @@ constexpr const char* kUsage =
     "  -o PATH             output file (default tavro-grab.png)\n"
     "  --camera N          camera number (default 0)\n"
     "  --select TEXT       use only cameras whose key occurs in TEXT\n"
-    "  --aoi L,T,R,B       area of interest, right and bottom exclusive\n"
+    "  --aoi L,T,R,B       area of interest, right and bottom exclusive, on the\n"
+    "                      camera's AOI steps (tavro-host list shows them)\n"
     "  --exposure V        exposure in the camera's unit (clamped to its range)\n"
     "  --gain P            master gain in percent 0 to 100\n"
     "  --colour            fill the red, green and blue planes: an RGB PNG\n"
@@ -146,6 +148,22 @@ std::string GrabAndSave(const GrabOptions& options) {
     if (r[0] < 0 || r[1] < 0 || r[2] > camera.iWidthMax || r[3] > camera.iHeightMax) {
       throw std::runtime_error("--aoi: the area leaves the " + std::to_string(camera.iWidthMax) +
                                " x " + std::to_string(camera.iHeightMax) + " sensor");
+    }
+    // The plug-in rounds an area off the camera's steps; the PNG would then
+    // have a band the camera never wrote.
+    const int32_t* g = camera.aiGeometry;
+    const auto onStep = [](int32_t value, int32_t step) { return value % std::max(step, 1) == 0; };
+    if (!onStep(r[0], g[TAVRO_GEOMETRY_INC_LEFT]) || !onStep(r[1], g[TAVRO_GEOMETRY_INC_TOP]) ||
+        !onStep(width, g[TAVRO_GEOMETRY_INC_WIDTH]) ||
+        !onStep(height, g[TAVRO_GEOMETRY_INC_HEIGHT]) || width < g[TAVRO_GEOMETRY_MIN_WIDTH] ||
+        height < g[TAVRO_GEOMETRY_MIN_HEIGHT]) {
+      throw std::runtime_error("--aoi: this camera takes offsets in steps of " +
+                               std::to_string(g[TAVRO_GEOMETRY_INC_LEFT]) + "," +
+                               std::to_string(g[TAVRO_GEOMETRY_INC_TOP]) + " and sizes from " +
+                               std::to_string(g[TAVRO_GEOMETRY_MIN_WIDTH]) + " x " +
+                               std::to_string(g[TAVRO_GEOMETRY_MIN_HEIGHT]) + " in steps of " +
+                               std::to_string(g[TAVRO_GEOMETRY_INC_WIDTH]) + "," +
+                               std::to_string(g[TAVRO_GEOMETRY_INC_HEIGHT]));
     }
   }
   HostImage host(static_cast<int16_t>(options.camera), width, height, options.colour);

@@ -95,6 +95,14 @@ TEST(HostCommands, BadValuesAreRefusedWithAMessageAndNoFile) {
       {"grab --aoi 8,2", "tavro-host: --aoi wants L,T,R,B, got 8,2\n"},
       {"grab --aoi 72,2,8,34", "tavro-host: --aoi: empty or inverted area\n"},
       {"grab --aoi 0,0,3000,40", "tavro-host: --aoi: the area leaves the 1936 x 1216 sensor\n"},
+      {"grab --aoi 1,2,72,34",
+       "tavro-host: --aoi: this camera takes offsets in steps of 8,2 and sizes from 16 x 2 in "
+       "steps "
+       "of 8,2\n"},
+      {"grab --aoi 0,0,8,2",
+       "tavro-host: --aoi: this camera takes offsets in steps of 8,2 and sizes from 16 x 2 in "
+       "steps "
+       "of 8,2\n"},
       {"grab --hw-trigger --line0 nothing",
        "tavro-host: cannot pulse line 0 of simulated camera nothing\n"},
       {"cycle --camera 2", "tavro-host: no camera 2 (2 opened)\n"},
