@@ -40,11 +40,11 @@ TEST_F(SingleFrameTest, SoftwareTriggeredFrameReachesEveryHostPlane) {
     bool colourPlanes;
     int32_t planeWidth, planeHeight;
   };
+  // Planes of the frame's own size are driven end to end by the acquisition
+  // tests; here the planes are smaller and larger than the frame.
   const Case cases[] = {
-      {"BGR8 into grey and colour", kColourCameraId, true, 1936, 1216},
       {"BGR8 into a smaller grey plane", kColourCameraId, false, 301, 77},
       {"Mono8 into grey and colour, larger plane", kMonoCameraId, true, 1400, 1100},
-      {"Mono8 into grey", kMonoCameraId, false, 1280, 1024},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -81,25 +81,14 @@ TEST_F(SingleFrameTest, SoftwareTriggeredFrameReachesEveryHostPlane) {
   }
 }
 
-TEST_F(SingleFrameTest, FailedWaitsReportTheirMaskAndLeaveTheImageAlone) {
-  auto camera = simtest::OpenSimulatedCamera(kMonoCameraId);
-  ASSERT_TRUE(camera);
-  HostImage image(64, 64);
-  image.Bind(*camera, true);
-  ASSERT_TRUE(camera->ArmSoftwareTrigger());
-  ASSERT_EQ(OxelSim_DropFrames(kMonoCameraId, 1), 0);
-  ASSERT_TRUE(camera->FireSoftwareTrigger());
-  EXPECT_EQ(camera->WaitAndDeliver(100), 64u);
-  EXPECT_TRUE(std::all_of(image.grey.begin(), image.grey.end(),
-                          [](uint8_t v) { return v == HostImage::kFill; }));
-
-  // A camera object that was never opened has no data stream: any failure
-  // other than a time-out is 16.
+TEST_F(SingleFrameTest, WaitWithoutADataStreamFailsWith16AndLeavesTheImageAlone) {
+  // The time-out (64) is driven through the plug-in; a camera object that
+  // was never opened fails on its missing data stream instead.
   OxelCamera unopened;
-  HostImage other(8, 8);
-  other.Bind(unopened, false);
+  HostImage image(8, 8);
+  image.Bind(unopened, false);
   EXPECT_EQ(unopened.WaitAndDeliver(10), 16u);
-  EXPECT_EQ(other.Grey(0, 0), HostImage::kFill);
+  EXPECT_EQ(image.Grey(0, 0), HostImage::kFill);
 }
 
 TEST_F(SingleFrameTest, NothingStartsOrIsDeliveredWithoutADestination) {
@@ -112,19 +101,6 @@ TEST_F(SingleFrameTest, NothingStartsOrIsDeliveredWithoutADestination) {
   // Stop on a camera that never started touches no feature.
   EXPECT_TRUE(camera->Stop());
   EXPECT_EQ(WriteCount(kMonoCameraId, "TLParamsLocked"), locks);
-}
-
-TEST_F(SingleFrameTest, RespondingMeansTheExposureCanBeRead) {
-  OxelCamera unopened;
-  EXPECT_FALSE(unopened.IsResponding());
-  auto camera = simtest::OpenSimulatedCamera(kColourCameraId);
-  ASSERT_TRUE(camera);
-  EXPECT_TRUE(camera->IsResponding());
-  ASSERT_EQ(OxelSim_UnplugCamera(kColourCameraId), 0);
-  EXPECT_FALSE(camera->IsResponding());
-  HostImage image(16, 16);
-  image.Bind(*camera, false);
-  EXPECT_FALSE(camera->ArmSoftwareTrigger());
 }
 
 }  // namespace
