@@ -1,8 +1,8 @@
 // Fitting requested rectangles to a camera's AOI rules, and the limits text.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
-#include <cstring>
 
 #include "geometry/aoi.h"
 
@@ -29,10 +29,14 @@ AoiLimits ColourCameraLimits() {
 }
 
 TEST(AoiFitting, RoundsClampsAndCutsAtTheSensorEdge) {
+  AoiLimits unitSteps = ColourCameraLimits();
+  unitSteps.leftIncrement = unitSteps.topIncrement = 0;
+  unitSteps.widthIncrement = unitSteps.heightIncrement = 0;
   struct Case {
     const char* what;
     AoiRect requested;
     AoiRect expected;
+    AoiLimits limits = ColourCameraLimits();
   };
   const Case cases[] = {
       {"left 13 rounds down to 8, width 100 to 96", {13, 0, 113, 10}, {8, 0, 104, 10}},
@@ -48,48 +52,15 @@ TEST(AoiFitting, RoundsClampsAndCutsAtTheSensorEdge) {
       {"extreme values do not overflow",
        {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX},
        {0, 0, 1936, 1216}},
+      {"zero increments count as one", {13, 7, 113, 20}, {13, 7, 113, 20}, unitSteps},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    EXPECT_EQ(FitAoi(c.requested, ColourCameraLimits(), 1936, 1216), c.expected);
+    EXPECT_EQ(FitAoi(c.requested, c.limits, 1936, 1216), c.expected);
   }
 }
 
-TEST(AoiFitting, ZeroIncrementsCountAsOne) {
-  AoiLimits limits = ColourCameraLimits();
-  limits.leftIncrement = 0;
-  limits.topIncrement = 0;
-  limits.widthIncrement = 0;
-  limits.heightIncrement = 0;
-  EXPECT_EQ(FitAoi({13, 7, 113, 20}, limits, 1936, 1216), (AoiRect{13, 7, 113, 20}));
-}
-
-TEST(AoiLimitsText, MatchesTheHostFormat) {
-  EXPECT_EQ(AoiLimitsText(ColourCameraLimits()),
-            "minXY:0,0::maxXY:1920,1200::incXY:8,2::minWH:16,2::maxWH:1936,1216::incWH:8,2");
-
-  AoiLimits negative;
-  negative.minLeft = -4;
-  negative.heightIncrement = -1;
-  EXPECT_EQ(AoiLimitsText(negative),
-            "minXY:-4,0::maxXY:0,0::incXY:0,0::minWH:0,0::maxWH:0,0::incWH:0,-1");
-}
-
-TEST(AoiLimitsText, ValuesFollowTheGeometryBlockOrder) {
-  // The host's geometry block is a copy of the record as it lies in memory.
-  const AoiLimits limits = ColourCameraLimits();
-  const auto values = limits.Values();
-  int32_t raw[12];
-  static_assert(sizeof(raw) == sizeof(AoiLimits));
-  std::memcpy(raw, &limits, sizeof(raw));
-  const int32_t expected[12] = {0, 0, 1920, 1200, 8, 2, 16, 2, 1936, 1216, 8, 2};
-  for (int k = 0; k < 12; ++k) {
-    EXPECT_EQ(values[k], expected[k]) << "position " << k;
-    EXPECT_EQ(raw[k], expected[k]) << "position " << k;
-  }
-}
-
-TEST(AoiLimitsReport, PrintsTheFourLinesOrNothing) {
+TEST(AoiLimitsText, ReportAndGeometryBlockFollowTheHostFormat) {
   testing::internal::CaptureStdout();
   PrintAoiLimits(ColourCameraLimits());
   PrintAoiLimits(std::nullopt);
@@ -98,6 +69,16 @@ TEST(AoiLimitsReport, PrintsTheFourLinesOrNothing) {
             "--------------------------------------------------------\n"
             "minXY:0,0::maxXY:1920,1200::incXY:8,2::minWH:16,2::maxWH:1936,1216::incWH:8,2\n"
             "---\t-----------------------------------------------------\n");
+
+  // The host's geometry block takes the values in this order.
+  EXPECT_EQ(ColourCameraLimits().Values(),
+            (std::array<int32_t, 12>{0, 0, 1920, 1200, 8, 2, 16, 2, 1936, 1216, 8, 2}));
+
+  AoiLimits negative;
+  negative.minLeft = -4;
+  negative.heightIncrement = -1;
+  EXPECT_EQ(AoiLimitsText(negative),
+            "minXY:-4,0::maxXY:0,0::incXY:0,0::minWH:0,0::maxWH:0,0::incWH:0,-1");
 }
 
 }  // namespace
