@@ -81,13 +81,7 @@ TEST_F(CameraParametersTest, FailedTriggerWriteLeavesTheCacheSoTheNextRequestWri
 }
 
 TEST_F(CameraParametersTest, ExposureIsClampedAndLeavesTheCameraFreeRunningAtFullRate) {
-  double minimum, maximum, defaultValue, increment;
-  camera_->GetExposureRange(minimum, maximum, defaultValue, increment);
-  EXPECT_EQ(minimum, 13.0);
-  EXPECT_EQ(maximum, 1e7);
-  EXPECT_EQ(defaultValue, minimum);
-  EXPECT_EQ(increment, 1.0);
-
+  // Range 13 to 1e7; the range as the host sees it is checked by discovery.
   struct Case {
     double request, written;
   };
@@ -116,14 +110,13 @@ TEST_F(CameraParametersTest, GainAndBlackLevelMapOntoTheDiscoveredRanges) {
     int32_t host;
     double camera;
   };
-  for (const Case& c : {Case{50, 8.5}, Case{150, 16.0}, Case{-3, 1.0}, Case{100, 16.0}}) {
+  // The scale's own cases are in the host scaling tests.
+  for (const Case& c : {Case{150, 16.0}, Case{50, 8.5}}) {
     SCOPED_TRACE(c.host);
     ASSERT_TRUE(camera_->SetGain(c.host));
     EXPECT_DOUBLE_EQ(simtest::FeatureValue<FloatNode>(*camera_, "Gain"), c.camera);
+    EXPECT_EQ(camera_->GetGain(), std::min(c.host, 100));
   }
-  EXPECT_EQ(camera_->GetGain(), 100);
-  ASSERT_TRUE(camera_->SetGain(50));
-  EXPECT_EQ(camera_->GetGain(), 50);
 
   ASSERT_TRUE(camera_->DiscoverBlackLevel());
   ASSERT_TRUE(camera_->SetBlackLevel(255));
@@ -137,8 +130,6 @@ TEST_F(CameraParametersTest, GainAndBlackLevelMapOntoTheDiscoveredRanges) {
   ASSERT_TRUE(colour);
   ASSERT_TRUE(colour->DiscoverGain());
   EXPECT_EQ(simtest::EntryOf(*colour, "GainSelector"), "All");
-  ASSERT_TRUE(colour->DiscoverBlackLevel());
-  EXPECT_EQ(colour->GetBlackLevel(), -1) << "black level is reported for Mono8 only";
 }
 
 TEST_F(CameraParametersTest, ThroughputIsWrittenInWholeIncrements) {

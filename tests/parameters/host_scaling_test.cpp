@@ -30,17 +30,13 @@ TEST(BlackLevelScale, MapsTheByteScaleOntoTheCameraRange) {
   EXPECT_DOUBLE_EQ(blackLevel.ToCamera(300), 32.0);
   EXPECT_EQ(blackLevel.ToHost(16.0), 128);  // 127.5 + 0.5, truncated
   EXPECT_EQ(blackLevel.ToHost(40.0), 255);
+
+  // An unknown range reads as zero and writes the minimum.
+  EXPECT_EQ((LinearScale{0.0, 0.0, 100}.ToHost(12.5)), 0);
+  EXPECT_DOUBLE_EQ((LinearScale{2.5, 0.0, 255}.ToCamera(255)), 2.5);
 }
 
-TEST(LinearScale, UnknownRangeReadsAsZeroAndWritesTheMinimum) {
-  const LinearScale unknown{0.0, 0.0, 100};
-  EXPECT_EQ(unknown.ToHost(12.5), 0);
-  EXPECT_DOUBLE_EQ(unknown.ToCamera(70), 0.0);
-  const LinearScale offsetOnly{2.5, 0.0, 255};
-  EXPECT_DOUBLE_EQ(offsetOnly.ToCamera(255), 2.5);
-}
-
-TEST(ThroughputScale, RoundsToIncrementsAboveTheMinimum) {
+TEST(ThroughputScale, RoundsToIncrementsAboveTheMinimumAndReadsBack) {
   struct Case {
     const char* what;
     ThroughputScale scale;
@@ -59,15 +55,14 @@ TEST(ThroughputScale, RoundsToIncrementsAboveTheMinimum) {
     SCOPED_TRACE(c.what);
     EXPECT_EQ(c.scale.ToCamera(c.percent), c.camera);
   }
-}
 
-TEST(ThroughputScale, ReadsTheNearestPercentClamped) {
+  // Reading back: the nearest percent, clamped.
   const ThroughputScale scale{100, 400, 4};
   EXPECT_EQ(scale.ToHost(248), 37);
   EXPECT_EQ(scale.ToHost(500), 100);
   EXPECT_EQ(scale.ToHost(100), 0);
-  EXPECT_EQ(scale.ToHost(40), 0);      // below the minimum
-  EXPECT_EQ(scale.ToHost(9000), 100);  // above the maximum
+  EXPECT_EQ(scale.ToHost(40), 0);
+  EXPECT_EQ(scale.ToHost(9000), 100);
   EXPECT_EQ((ThroughputScale{100, 0, 4}.ToHost(300)), 0);
 }
 
