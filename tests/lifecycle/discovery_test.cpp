@@ -49,10 +49,10 @@ void ExpectTable(const CameraRecord& record, const Table& table) {
     expected.iMinimum = table[i].minimum;
     expected.iMaximum = table[i].maximum;
     expected.iIncrement = table[i].increment;
-    EXPECT_EQ(std::memcmp(&record.tParam[i], &expected, sizeof expected), 0)
-        << "supported " << record.tParam[i].ySupported << " default " << record.tParam[i].iDefault
-        << " current " << record.tParam[i].iCurrent << " range " << record.tParam[i].iMinimum
-        << ".." << record.tParam[i].iMaximum << " step " << record.tParam[i].iIncrement;
+    const ParameterEntry& p = record.tParam[i];
+    EXPECT_EQ(std::memcmp(&p, &expected, sizeof expected), 0)
+        << p.ySupported << " " << p.iDefault << " " << p.iCurrent << " " << p.iMinimum << ".."
+        << p.iMaximum << " step " << p.iIncrement;
   }
 }
 
@@ -68,7 +68,7 @@ void ExpectFormat(const CameraRecord& record, int32_t width, int32_t height, con
 
 class Discovery : public PluginHost {};
 
-TEST_F(Discovery, BundledCamerasReportTheirTablesFormatsAndGeometry) {
+TEST_F(Discovery, BundledCamerasReportTheirTablesFormatsGeometryAndSlots) {
   ASSERT_EQ(Setup(nullptr), 0);
   ASSERT_EQ(system->iNumCams, 2);
 
@@ -100,6 +100,14 @@ TEST_F(Discovery, BundledCamerasReportTheirTablesFormatsAndGeometry) {
       EXPECT_EQ(system->tCam[g.camera].aiGeometry[k], g.values[k])
           << "camera " << g.camera << " position " << k;
     }
+    // The slot is marked attached with its fixed values.
+    const CameraSlot& slot = system->tSlot[g.camera];
+    EXPECT_EQ(slot.dExposure, 10.0);
+    const double hostValues[5] = {1.0, 0.0, 0.0, 1.0, 4.0};
+    EXPECT_EQ(std::memcmp(slot.adHostValues, hostValues, sizeof hostValues), 0);
+    EXPECT_EQ(slot.iHostValue136, -1);
+    EXPECT_EQ(slot.yReapply, 1u);
+    EXPECT_EQ(slot.yLive, 0u);
   }
 }
 
@@ -112,20 +120,6 @@ TEST_F(Discovery, CameraWithoutGainBlackLevelAndLinkLimitSupportsOnlyExposure) {
   ASSERT_EQ(system->iNumCams, 1);
   // Opening asked for 10, clamped to 12.7: current 13 like the minimum.
   ExpectTable(system->tCam[0], TableWith({}, {}, {1, 13, 13, 13, 1000, 0}, {}));
-}
-
-TEST_F(Discovery, SlotIsMarkedAttachedWithItsFixedValues) {
-  ASSERT_EQ(Setup(nullptr), 0);
-  for (int n = 0; n < 2; ++n) {
-    SCOPED_TRACE("camera " + std::to_string(n));
-    const CameraSlot& slot = system->tSlot[n];
-    EXPECT_EQ(slot.dExposure, 10.0);
-    const double hostValues[5] = {1.0, 0.0, 0.0, 1.0, 4.0};
-    EXPECT_EQ(std::memcmp(slot.adHostValues, hostValues, sizeof hostValues), 0);
-    EXPECT_EQ(slot.iHostValue136, -1);
-    EXPECT_EQ(slot.yReapply, 1u);
-    EXPECT_EQ(slot.yLive, 0u);
-  }
 }
 
 TEST_F(Discovery, ReportLinesComeInOrder) {

@@ -1,6 +1,7 @@
 // Which cameras setup lists and opens, in which order, and what it says
-// about them: the bundled producers, selection texts, busy cameras, cameras
-// that cannot be opened, more than 16 cameras, none at all.
+// about them: the bundled producers, selection texts, cameras that cannot be
+// opened, more than 16 cameras, none at all. (A camera held by another
+// process is left out in the setup cycle tests.)
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -86,17 +87,6 @@ TEST_F(SetupListing, SelectionTextAdmitsCamerasWhoseKeyOccursInIt) {
     }
     EXPECT_EQ(TearDownSystem(), 0);
   }
-}
-
-TEST_F(SetupListing, CameraHeldByAnotherProcessIsNotListed) {
-  ASSERT_EQ(OxelSim_SetOpenedElsewhere("OX23C-21A0417", 1), OXEL_RETURN_CODE_SUCCESS);
-  Output output;
-  const int result = Setup(nullptr, &output);
-  OxelSim_SetOpenedElsewhere("OX23C-21A0417", 0);
-  ASSERT_EQ(result, 0);
-  ASSERT_EQ(system->iNumCams, 1);
-  EXPECT_EQ(Key(0), "OX-U3-13M");
-  EXPECT_THAT(output.out, HasSubstr("The number of Oxel cameras connected = 1\n"));
 }
 
 TEST_F(SetupListing, CameraThatCannotBeOpenedGivesItsNumberToTheNext) {
