@@ -12,6 +12,11 @@ namespace {
 
 constexpr uint32_t kUntouched = 0xDEADBEEF;
 
+// 0x00RRGGBB, written out here so that a swapped channel in the code shows.
+uint32_t Packed(uint32_t red, uint32_t green, uint32_t blue) {
+  return red << 16 | green << 8 | blue;
+}
+
 TEST(GreyDisplay, RepeatsTheGreyByteInRedGreenAndBlue) {
   const uint8_t grey[2][3] = {{0x80, 0x00, 0xFF}, {0x01, 0x7F, 0x80}};
   std::vector<uint32_t> display(2 * 5, kUntouched);  // stride 5, 3 columns drawn
@@ -52,8 +57,7 @@ TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
     for (int32_t y = 0; y < rows; ++y) {
       for (int32_t x = 0; x < stride; ++x) {
         const size_t s = y * pitch + x;
-        const uint32_t expected =
-            x < columns ? (uint32_t{red[s]} << 16 | uint32_t{green[s]} << 8 | blue[s]) : kUntouched;
+        const uint32_t expected = x < columns ? Packed(red[s], green[s], blue[s]) : kUntouched;
         ASSERT_EQ(display[y * stride + x], expected) << x << "," << y;
       }
     }
@@ -78,7 +82,7 @@ TEST(ColourDisplay, OverlappingRowsGiveTheSequentialResult) {
   std::vector<uint32_t> expectedMemory = memory;
   auto* expectedBytes = reinterpret_cast<uint8_t*>(expectedMemory.data());
   for (int32_t x = 0; x < columns; ++x) {
-    expectedMemory[x] = uint32_t{red[x]} << 16 | uint32_t{green[x]} << 8 | expectedBytes[6 + x];
+    expectedMemory[x] = Packed(red[x], green[x], expectedBytes[6 + x]);
   }
 
   DrawColour(red.data(), green.data(), blue, columns,
@@ -102,20 +106,18 @@ TEST(LiveDisplay, DrawsFromTheFirstRowsAndStopsAtTheCameraMaximum) {
     for (const bool bluePlaneMissing : {false, true}) {
       SCOPED_TRACE(testing::Message() << "colour " << colour << " missing " << bluePlaneMissing);
       std::vector<uint32_t> display(7 * 6, kUntouched);
-      LiveDisplaySource source;
-      source.grey = {grey.data(), 1};
-      source.width = 6;
-      source.height = 4;
-      source.pitch = pitch;
-      source.widthMax = 4;
-      source.heightMax = 3;
-      source.colour = colour;
-      source.red = {red.data(), 2};
-      source.green = {green.data(), 2};
-      source.blue = {bluePlaneMissing ? nullptr : blue.data(), 2};
-      source.display = display.data();
-      source.displayStride = 7;
-      DrawLiveDisplay(source);
+      DrawLiveDisplay({.grey = {grey.data(), 1},
+                       .width = 6,
+                       .height = 4,
+                       .pitch = pitch,
+                       .widthMax = 4,
+                       .heightMax = 3,
+                       .colour = colour,
+                       .red = {red.data(), 2},
+                       .green = {green.data(), 2},
+                       .blue = {bluePlaneMissing ? nullptr : blue.data(), 2},
+                       .display = display.data(),
+                       .displayStride = 7});
 
       const bool drawsColour = colour && !bluePlaneMissing;
       for (int32_t y = 0; y < 6; ++y) {
@@ -123,13 +125,9 @@ TEST(LiveDisplay, DrawsFromTheFirstRowsAndStopsAtTheCameraMaximum) {
           uint32_t expected = kUntouched;
           const int32_t row = y - 1;  // display rows start at the grey first row
           if (row >= 0 && row < 3 && x < 4) {
-            if (drawsColour) {
-              const size_t s = (row + 2) * pitch + x;
-              expected = uint32_t{red[s]} << 16 | uint32_t{green[s]} << 8 | blue[s];
-            } else {
-              const uint32_t g = grey[(row + 1) * pitch + x];
-              expected = g << 16 | g << 8 | g;
-            }
+            const size_t c = (row + 2) * pitch + x, g = (row + 1) * pitch + x;
+            expected =
+                drawsColour ? Packed(red[c], green[c], blue[c]) : Packed(grey[g], grey[g], grey[g]);
           }
           ASSERT_EQ(display[y * 7 + x], expected) << x << "," << y;
         }
