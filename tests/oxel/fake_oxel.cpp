@@ -51,12 +51,16 @@ int LastErrorQueries() {
   return t_lastError.queries;
 }
 
-ScopedTable::ScopedTable() {
+ScopedTable::ScopedTable(const oxel::core::OxelFunctions* base) {
+  if (base != nullptr) {
+    table = *base;
+  } else {
 #define FAKE_OXEL_STUB(name) table.name = &Stub<decltype(&::name)>::Call;
-  OXEL_FOR_EACH_FUNCTION(FAKE_OXEL_STUB)
+    OXEL_FOR_EACH_FUNCTION(FAKE_OXEL_STUB)
 #undef FAKE_OXEL_STUB
-  table.OXEL_Library_GetLastError = &GetLastError;
-  t_lastError = LastError{};
+    table.OXEL_Library_GetLastError = &GetLastError;
+    t_lastError = LastError{};
+  }
   previous_ = oxel::core::InstallFunctionTable(&table);
 }
 

@@ -17,11 +17,12 @@ void SetLastError(OXEL_RETURN_CODE code, const std::string& description);
 void FailLastErrorQuery(bool sizeQuery, bool fillQuery);
 int LastErrorQueries();
 
-// Installs a fake table for its lifetime (starting from stubs) and restores
-// the previous table afterwards. Tests set the members they need.
+// Installs a fake table for its lifetime and restores the previous table
+// afterwards. Tests set the members they need. It starts from stubs, or from
+// `base` (a spy over the simulator) with the real last error.
 class ScopedTable {
  public:
-  ScopedTable();
+  explicit ScopedTable(const oxel::core::OxelFunctions* base = nullptr);
   ~ScopedTable();
   ScopedTable(const ScopedTable&) = delete;
   ScopedTable& operator=(const ScopedTable&) = delete;

@@ -13,10 +13,7 @@ namespace oxel::core {
 
 std::string TestProducerFile(const std::string& systemId) {
   return R"({"system": {"id": ")" + systemId + R"(", "interfaces": [{"id": "USB0", "cameras": [
-    {"id": "CAM-C", "model": "OX-64C", "userDefinedName": "Left", "serial": "C0001",
-     "tlType": "U3V", "sensor": {"width": 64, "height": 48},
-     "aoi": {"offsetXIncrement": 8, "offsetYIncrement": 2, "widthIncrement": 8,
-             "heightIncrement": 2},
+    {"id": "CAM-C", "model": "OX-64C", "tlType": "U3V", "sensor": {"width": 64, "height": 48},
      "pixelFormats": ["BGR8", "Mono8"]},
     {"id": "CAM-M", "model": "OX-32M", "tlType": "U3V", "sensor": {"width": 32, "height": 16},
      "pixelFormats": ["Mono8"]}]}]}})";
@@ -105,17 +102,10 @@ OpenedCamera::OpenedCamera(const std::shared_ptr<DeviceDescriptor>& descriptor) 
   device = descriptor->OpenDevice(OXEL_DEVICE_ACCESS_TYPE_CONTROL);
   nodeMap = device->RemoteDevice()->NodeMaps().at(0);
   dataStream = device->DataStreams().at(0)->OpenDataStream();
-  const size_t size =
-      dataStream->DefinesPayloadSize()
-          ? dataStream->PayloadSize()
-          : static_cast<size_t>(Feature<nodes::IntegerNode>("PayloadSize")->Value());
   for (size_t i = 0; i < dataStream->NumBuffersAnnouncedMinRequired(); ++i) {
-    buffers.push_back(dataStream->AllocAndAnnounceBuffer(size, nullptr));
+    buffers.push_back(dataStream->AllocAndAnnounceBuffer(dataStream->PayloadSize(), nullptr));
     dataStream->QueueBuffer(buffers.back());
   }
-  Feature<nodes::EnumerationNode>("UserSetSelector")->SetCurrentEntry("Default");
-  Feature<nodes::CommandNode>("UserSetLoad")->Execute();
-  Feature<nodes::EnumerationNode>("AcquisitionMode")->SetCurrentEntry("Continuous");
 }
 
 void OpenedCamera::StartTriggered() {

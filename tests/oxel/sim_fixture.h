@@ -16,8 +16,7 @@
 namespace oxel::core {
 
 // A producer file with one system and one interface "USB0" holding a 64 x 48
-// colour camera "CAM-C" (user-defined name "Left") and a 32 x 16 monochrome
-// camera "CAM-M".
+// colour camera "CAM-C" and a 32 x 16 monochrome camera "CAM-M".
 std::string TestProducerFile(const std::string& systemId);
 
 template <typename T>
@@ -55,21 +54,8 @@ class SimFixture : public ::testing::Test {
   std::vector<CallbackHandle> handles_;
 };
 
-// The simulator's function table with entries the test replaces, installed
-// for the spy's lifetime.
-struct ScopedSpy {
-  ScopedSpy() : table(Api()), previous(InstallFunctionTable(&table)) {}
-  ~ScopedSpy() { InstallFunctionTable(previous); }
-  ScopedSpy(const ScopedSpy&) = delete;
-  ScopedSpy& operator=(const ScopedSpy&) = delete;
-
-  OxelFunctions table;
-  const OxelFunctions* previous;
-};
-
 // A camera opened the way the plug-in opens one: device, first node map of
-// the remote device, first data stream with its minimum of buffers queued,
-// default user set, continuous mode.
+// the remote device, first data stream with its minimum of buffers queued.
 struct OpenedCamera {
   explicit OpenedCamera(const std::shared_ptr<DeviceDescriptor>& descriptor);
 
