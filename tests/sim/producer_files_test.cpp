@@ -1,61 +1,50 @@
 // Producer files: where they are found and how a bad file is refused.
-#include <fstream>
-
 #include "sim_world.h"
 
 namespace simtest {
 namespace {
 
-constexpr const char* kSmallFile = R"({
-  "system": {"id": "Bench", "interfaces": [{"id": "Bus", "cameras": [
-    {"id": "CAM-1", "model": "M1", "sensor": {"width": 64, "height": 48}}
-  ]}]}
-})";
+using oxel::core::FindProducerLibraries;
 
 class ProducerFiles : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_EQ(OXEL_Library_Initialize(), OXEL_RETURN_CODE_SUCCESS); }
-  void TearDown() override { EXPECT_EQ(OXEL_Library_Close(), OXEL_RETURN_CODE_SUCCESS); }
-
-  static std::vector<std::string> Search() {
-    EXPECT_EQ(OXEL_ProducerSearch_Refresh(), OXEL_RETURN_CODE_SUCCESS);
-    size_t count = 0;
-    EXPECT_EQ(OXEL_ProducerSearch_GetCount(&count), OXEL_RETURN_CODE_SUCCESS);
-    std::vector<std::string> paths;
-    for (size_t i = 0; i < count; ++i) {
-      paths.push_back(Text(
-          [&](char* text, size_t* size) { return OXEL_ProducerSearch_GetPath(i, text, size); }));
-    }
-    return paths;
-  }
+  void SetUp() override { oxel::core::Library::Initialize(); }
+  void TearDown() override { oxel::core::Library::Close(); }
 };
 
 TEST_F(ProducerFiles, SearchListsCtiFilesByDirectoryThenName) {
+  // Only names count to the search.
   TempDir first, second;
-  const std::string b = first.Write("b.cti", kSmallFile);
-  const std::string a = first.Write("a.cti", kSmallFile);
+  const std::string b = first.Write("b.cti", "{}");
+  const std::string a = first.Write("a.cti", "{}");
   first.Write("notes.txt", "not a producer");
-  const std::string c = second.Write("c.cti", kSmallFile);
+  const std::string c = second.Write("c.cti", "{}");
   {
     ScopedSearchPath path(second.Path() + "::" + first.Path() + ":/no/such/dir");
-    EXPECT_EQ(Search(), (std::vector<std::string>{c, a, b}));
+    EXPECT_EQ(FindProducerLibraries(), (std::vector<std::string>{c, a, b}));
   }
   // The search reads the environment again on every refresh.
   ScopedSearchPath path(first.Path());
-  EXPECT_EQ(Search(), (std::vector<std::string>{a, b}));
+  EXPECT_EQ(FindProducerLibraries(), (std::vector<std::string>{a, b}));
   size_t size = 0;
   EXPECT_EQ(OXEL_ProducerSearch_GetPath(2, nullptr, &size), OXEL_RETURN_CODE_OUT_OF_RANGE);
 }
 
 TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
   TempDir dir;
+  // A file of one camera "C" whose sensor is followed by `members`.
+  const auto oneCamera = [](const std::string& members) {
+    return R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [)"
+           R"({"id": "C", "model": "M", "sensor": {"width": 8, "height": 4})" +
+           members + "}]}]}}";
+  };
   struct Case {
     const char* name;
-    const char* content;  // null: the file does not exist
+    std::string content;  // empty: the file does not exist
     std::vector<std::string> textParts;
   };
   const Case cases[] = {
-      {"missing.cti", nullptr, {"cannot be found"}},
+      {"missing.cti", "", {"cannot be found"}},
       {"empty.cti", " \n", {"the file is empty"}},
       {"broken.cti", "{\n  \"system\": {\n    \"id\": 5,,\n", {"not valid JSON", "line 3"}},
       {"array.cti", "[1, 2]", {"at the top level", "expected an object"}},
@@ -64,35 +53,24 @@ TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
        R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
            {"id": "C", "model": "M", "sensor": {"width": "wide", "height": 4}}]}]}})",
        {"/system/interfaces/0/cameras/0/sensor/width", "expected an integer", "\"wide\""}},
-      {"typo.cti",
-       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
-           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}, "widht": 3}]}]}})",
-       {"unknown member \"widht\""}},
+      {"typo.cti", oneCamera(R"(, "widht": 3)"), {"unknown member \"widht\""}},
       {"range.cti",
-       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
-           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
-            "features": {"Gain": {"max": 4.0, "value": 6.0}}}]}]}})",
+       oneCamera(R"(, "features": {"Gain": {"max": 4.0, "value": 6.0}})"),
        {"/features/Gain", "value 6"}},
       {"computed.cti",
-       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
-           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
-            "features": {"PayloadSize": {"value": 6}}}]}]}})",
+       oneCamera(R"(, "features": {"PayloadSize": {"value": 6}})"),
        {"/features/PayloadSize/value", "the camera computes"}},
       {"rule.cti",
-       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
-           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4},
-            "aoi": {"offsetRule": "loose"}}]}]}})",
+       oneCamera(R"(, "aoi": {"offsetRule": "loose"})"),
        {"/cameras/0/aoi/offsetRule", "one of shrinkSize, strict"}},
       {"twice.cti",
-       R"({"system": {"id": "S", "interfaces": [{"id": "I", "cameras": [
-           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}},
-           {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4}}]}]}})",
+       oneCamera(R"(}, {"id": "C", "model": "M", "sensor": {"width": 8, "height": 4})"),
        {"/cameras/1/id", "used once"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     const std::string path =
-        c.content != nullptr ? dir.Write(c.name, c.content) : dir.Path() + "/" + c.name;
+        !c.content.empty() ? dir.Write(c.name, c.content) : dir.Path() + "/" + c.name;
     OXEL_PRODUCER_LIBRARY library = nullptr;
     EXPECT_EQ(OXEL_ProducerLibrary_Open(path.c_str(), path.size() + 1, &library),
               OXEL_RETURN_CODE_CTI_LOADING_ERROR);

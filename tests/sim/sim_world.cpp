@@ -18,21 +18,7 @@ void Check(OXEL_RETURN_CODE code, const char* what) {
                            error.text);
 }
 
-template <class Handle>
-std::vector<Handle>* Collector(void* context) {
-  return static_cast<std::vector<Handle>*>(context);
-}
-
 }  // namespace
-
-std::string Text(const std::function<OXEL_RETURN_CODE(char*, size_t*)>& call) {
-  size_t size = 0;
-  Check(call(nullptr, &size), "text size query");
-  std::string text(size, '\0');
-  Check(call(text.data(), &size), "text query");
-  text.resize(size == 0 ? 0 : size - 1);
-  return text;
-}
 
 LastError TakeLastError() {
   LastError error{OXEL_RETURN_CODE_SUCCESS, {}};
@@ -86,58 +72,22 @@ std::string BundledProducerDir() {
 }
 
 World::World(const std::string& producerDir) : path_(producerDir) {
-  Check(OXEL_Library_Initialize(), "OXEL_Library_Initialize");
-  Check(OXEL_ProducerSearch_Refresh(), "OXEL_ProducerSearch_Refresh");
-  size_t count = 0;
-  Check(OXEL_ProducerSearch_GetCount(&count), "OXEL_ProducerSearch_GetCount");
-  for (size_t i = 0; i < count; ++i) {
-    const std::string path =
-        Text([&](char* text, size_t* size) { return OXEL_ProducerSearch_GetPath(i, text, size); });
-    OXEL_PRODUCER_LIBRARY library = nullptr;
-    Check(OXEL_ProducerLibrary_Open(path.c_str(), path.size() + 1, &library),
-          "OXEL_ProducerLibrary_Open");
-    libraries_.push_back(library);
-    OXEL_SYSTEM_DESCRIPTOR systemDescriptor = nullptr;
-    Check(OXEL_ProducerLibrary_GetSystem(library, &systemDescriptor), "GetSystem");
-    OXEL_SYSTEM system = nullptr;
-    Check(OXEL_SystemDescriptor_OpenSystem(systemDescriptor, &system), "OpenSystem");
-    std::vector<OXEL_INTERFACE_DESCRIPTOR> found;
-    OXEL_CALLBACK_HANDLE callback = nullptr;
-    Check(OXEL_System_RegisterInterfaceFoundCallback(
-              system,
-              [](OXEL_INTERFACE_DESCRIPTOR d, void* c) {
-                Collector<OXEL_INTERFACE_DESCRIPTOR>(c)->push_back(d);
-              },
-              &found, &callback),
-          "RegisterInterfaceFoundCallback");
-    Check(OXEL_System_UpdateInterfaces(system, 100), "UpdateInterfaces");
-    Check(OXEL_System_UnregisterInterfaceFoundCallback(system, callback), "Unregister");
-    for (OXEL_INTERFACE_DESCRIPTOR descriptor : found) {
-      OXEL_INTERFACE opened = nullptr;
-      Check(OXEL_InterfaceDescriptor_OpenInterface(descriptor, &opened), "OpenInterface");
-      Check(OXEL_Interface_RegisterDeviceFoundCallback(
-                opened,
-                [](OXEL_DEVICE_DESCRIPTOR d, void* c) {
-                  Collector<OXEL_DEVICE_DESCRIPTOR>(c)->push_back(d);
-                },
-                &descriptors_, &callback),
-            "RegisterDeviceFoundCallback");
-      Check(OXEL_Interface_UpdateDevices(opened, 300), "UpdateDevices");
-      Check(OXEL_Interface_UnregisterDeviceFoundCallback(opened, callback), "Unregister found");
-    }
-  }
+  oxel::core::Library::Initialize();
+  auto& manager = oxel::core::DeviceManager::Instance();
+  manager.Update(oxel::core::DeviceManager::UpdatePolicy::ScanEnvironment,
+                 [](const std::string& error) { ADD_FAILURE() << error; });
+  devices_ = manager.Devices();
 }
 
 World::~World() {
-  for (OXEL_PRODUCER_LIBRARY library : libraries_) OXEL_ProducerLibrary_Release(library);
-  OXEL_Library_Close();
+  devices_.clear();
+  oxel::core::DeviceManager::Instance().Reset(true);
+  oxel::core::Library::Close();
 }
 
 OXEL_DEVICE_DESCRIPTOR World::Descriptor(const std::string& deviceId) const {
-  for (OXEL_DEVICE_DESCRIPTOR descriptor : descriptors_) {
-    const std::string id =
-        Text([&](char* t, size_t* s) { return OXEL_DeviceDescriptor_GetID(descriptor, t, s); });
-    if (id == deviceId) return descriptor;
+  for (const auto& descriptor : devices_) {
+    if (descriptor->ID() == deviceId) return descriptor->Handle();
   }
   throw std::runtime_error("no descriptor for camera " + deviceId);
 }

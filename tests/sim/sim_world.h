@@ -1,16 +1,16 @@
 // Test helpers that drive the simulated Oxel library through its C interface
-// only: texts and last errors, a producer directory of one's own, discovery
-// of the bundled cameras and feature access by name.
+// (discovery alone goes through the device manager): texts and last errors, a
+// producer directory of one's own and feature access by name.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "oxel/core/core.h"
 #include "oxel/oxel_c.h"
 #include "oxel_sim.h"
 
@@ -18,10 +18,6 @@ namespace simtest {
 
 inline constexpr const char* kColourId = "OX23C-21A0417";
 inline constexpr const char* kMonoId = "OX13M-21B0112";
-inline constexpr const char* kGevId = "OX50M-21C0033";
-
-// A text through the two-call protocol; fails the test on any error code.
-std::string Text(const std::function<OXEL_RETURN_CODE(char*, size_t*)>& call);
 
 struct LastError {
   OXEL_RETURN_CODE code;
@@ -55,7 +51,7 @@ class TempDir {
 std::string BundledProducerDir();
 
 // The library started on the bundled producer files (or those of `dir`), with
-// every system and interface opened and every device descriptor found.
+// every camera found by the device manager.
 class World {
  public:
   explicit World(const std::string& producerDir = BundledProducerDir());
@@ -65,8 +61,7 @@ class World {
 
  private:
   ScopedSearchPath path_;
-  std::vector<OXEL_PRODUCER_LIBRARY> libraries_;
-  std::vector<OXEL_DEVICE_DESCRIPTOR> descriptors_;
+  std::vector<std::shared_ptr<oxel::core::DeviceDescriptor>> devices_;
 };
 
 // One camera opened with control access, its feature node map and its data
@@ -91,23 +86,17 @@ struct Camera {
   void StartAcquisition() const;
 };
 
-// Every simulated camera back to its producer file before and after a test.
-class ResetCameras : public ::testing::Test {
- protected:
-  void SetUp() override { ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS); }
-  void TearDown() override { OxelSim_ResetAll(); }
-};
-
-// The same with the library started on the bundled producer files.
-class BundledWorld : public ResetCameras {
+// Every simulated camera back to its producer file, and the library started
+// on the bundled producer files.
+class BundledWorld : public ::testing::Test {
  protected:
   void SetUp() override {
-    ResetCameras::SetUp();
+    ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
     world_ = std::make_unique<World>();
   }
   void TearDown() override {
     world_.reset();
-    ResetCameras::TearDown();
+    OxelSim_ResetAll();
   }
   std::unique_ptr<World> world_;
 };
