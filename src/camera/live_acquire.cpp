@@ -66,6 +66,12 @@ int32_t StopLive(uint32_t* status, SystemRecord* system, int32_t& number) {
     diagnostics::FlushStdout();
     return kSuccess;
   }
+  if (system->iLiveCamNum < 0 || system->iLiveCamNum >= host_interface::kMaxCameras) {
+    // Only a host that wrote the live fields itself gets here: there is no
+    // live camera to stop, so the fields are forgotten.
+    system->yLive = 0;
+    return Fail(status, ACQERR_NO_CAMERA);
+  }
   number = system->iLiveCamNum;
   const int32_t result = StopCameraAcquisition(system->ptLiveImage, system, number, status);
   if (result == kSuccess) {

@@ -103,6 +103,13 @@ TEST_F(LiveAcquire, StopWithNothingRunningSaysSoAndReportsAPendingImage) {
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].image, &image.image);
   EXPECT_EQ(finished[0].userValue, 7u);
+
+  // Live fields the host wrote itself, naming no camera, are forgotten.
+  system->yLive = 1;
+  system->iLiveCamNum = 16;
+  EXPECT_EQ(Live(image, 0), -1);
+  EXPECT_EQ(status, ACQERR_NO_CAMERA);
+  EXPECT_EQ(system->yLive, 0u);
 }
 
 TEST_F(LiveAcquire, SecondStartIsRefusedAndLiveRunsOn) {
