@@ -51,9 +51,11 @@ TEST_F(AcquireWorkerTest, LiveLoopDeliversFramesUntilStopped) {
   // Stop waits for the worker to leave its loop: the last frame sent is in
   // the image whole, not torn by a copy still running.
   const uint64_t frameId = simtest::LastFrameId(kMonoCameraId);
-  for (int32_t y = 0; y < image_.height; ++y)
-    for (int32_t x = 0; x < image_.width; ++x)
+  for (int32_t y = 0; y < image_.height; ++y) {
+    for (int32_t x = 0; x < image_.width; ++x) {
       ASSERT_EQ(image_.Grey(x, y), OxelSim_PatternMono8(x, y, frameId)) << x << "," << y;
+    }
+  }
 }
 
 TEST_F(AcquireWorkerTest, TimedOutFrameEndsTheLoopSilentlyAndALaterStartResumes) {

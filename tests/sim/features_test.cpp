@@ -1,5 +1,6 @@
 // Camera features through the C interface: refused writes with their codes and
 // texts, the two offset rules, and the payload size.
+#include <array>
 #include <variant>
 
 #include "sim_world.h"
@@ -101,37 +102,38 @@ TEST(OffsetRules, StrictRefusesAnOffsetTheSizeLeavesNoRoomForAndShrinkSizeMakesR
      "aoi": {"offsetRule": "shrinkSize", "offsetXIncrement": 2, "widthIncrement": 8}}
   ]}]}})");
   World world(dir.Path());
-  // Each write, then the AOI it leaves: "offset X, width, offset Y, height".
-  const auto run = [](const Camera& camera,
-                      const std::vector<std::pair<Write, std::string>>& steps) {
+  // Each write, then the AOI it leaves: offset X, width, offset Y, height.
+  using Aoi = std::array<int64_t, 4>;
+  const auto run = [](const Camera& camera, const std::vector<std::pair<Write, Aoi>>& steps) {
     for (const auto& [write, aoi] : steps) {
       SCOPED_TRACE(std::to_string(std::get<int64_t>(write.value)));
       ExpectWrites(camera, {write});
-      EXPECT_EQ(std::to_string(camera.Int("OffsetX")) + " " + std::to_string(camera.Int("Width")) +
-                    " " + std::to_string(camera.Int("OffsetY")) + " " +
-                    std::to_string(camera.Int("Height")),
+      EXPECT_EQ((Aoi{camera.Int("OffsetX"), camera.Int("Width"), camera.Int("OffsetY"),
+                     camera.Int("Height")}),
                 aoi);
     }
   };
   run(Camera::Open(world, "STRICT"),
       {
-          {{"OffsetX", int64_t{6}, kRange, "OffsetX 6 above maximum 0 for Width 64"}, "0 64 0 16"},
-          {{"Width", int64_t{56}, kOk, ""}, "0 56 0 16"},
+          {{"OffsetX", int64_t{6}, kRange, "OffsetX 6 above maximum 0 for Width 64"},
+           Aoi{0, 64, 0, 16}},
+          {{"Width", int64_t{56}, kOk, ""}, Aoi{0, 56, 0, 16}},
           {{"OffsetX", int64_t{10}, kRange, "OffsetX 10 above maximum 8 for Width 56"},
-           "0 56 0 16"},
-          {{"OffsetX", int64_t{6}, kOk, ""}, "6 56 0 16"},
-          {{"OffsetY", int64_t{1}, kRange, "OffsetY 1 above maximum 0 for Height 16"}, "6 56 0 16"},
+           Aoi{0, 56, 0, 16}},
+          {{"OffsetX", int64_t{6}, kOk, ""}, Aoi{6, 56, 0, 16}},
+          {{"OffsetY", int64_t{1}, kRange, "OffsetY 1 above maximum 0 for Height 16"},
+           Aoi{6, 56, 0, 16}},
       });
   run(Camera::Open(world, "SHRINK"),
       {
-          {{"OffsetX", int64_t{6}, kOk, ""}, "6 56 0 16"},
+          {{"OffsetX", int64_t{6}, kOk, ""}, Aoi{6, 56, 0, 16}},
           {{"OffsetX", int64_t{58}, kRange,
             "OffsetX 58 above maximum 56 for WidthMax 64 and minimum Width 8"},
-           "6 56 0 16"},
-          {{"OffsetX", int64_t{56}, kOk, ""}, "56 8 0 16"},
+           Aoi{6, 56, 0, 16}},
+          {{"OffsetX", int64_t{56}, kOk, ""}, Aoi{56, 8, 0, 16}},
           // A size that fits the new offset is left alone.
-          {{"OffsetX", int64_t{40}, kOk, ""}, "40 8 0 16"},
-          {{"OffsetY", int64_t{15}, kOk, ""}, "40 8 15 1"},
+          {{"OffsetX", int64_t{40}, kOk, ""}, Aoi{40, 8, 0, 16}},
+          {{"OffsetY", int64_t{15}, kOk, ""}, Aoi{40, 8, 15, 1}},
       });
 }
 

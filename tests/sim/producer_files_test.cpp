@@ -1,4 +1,6 @@
 // Producer files: where they are found and how a bad file is refused.
+#include <optional>
+
 #include "sim_world.h"
 
 namespace simtest {
@@ -40,11 +42,11 @@ TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
   };
   struct Case {
     const char* name;
-    std::string content;  // empty: the file does not exist
+    std::optional<std::string> content;  // none: the file does not exist
     std::vector<std::string> textParts;
   };
   const Case cases[] = {
-      {"missing.cti", "", {"cannot be found"}},
+      {"missing.cti", std::nullopt, {"cannot be found"}},
       {"empty.cti", " \n", {"the file is empty"}},
       {"broken.cti", "{\n  \"system\": {\n    \"id\": 5,,\n", {"not valid JSON", "line 3"}},
       {"array.cti", "[1, 2]", {"at the top level", "expected an object"}},
@@ -69,8 +71,7 @@ TEST_F(ProducerFiles, BadFilesFailToLoadSayingWhereAndWhy) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    const std::string path =
-        !c.content.empty() ? dir.Write(c.name, c.content) : dir.Path() + "/" + c.name;
+    const std::string path = c.content ? dir.Write(c.name, *c.content) : dir.Path() + "/" + c.name;
     OXEL_PRODUCER_LIBRARY library = nullptr;
     EXPECT_EQ(OXEL_ProducerLibrary_Open(path.c_str(), path.size() + 1, &library),
               OXEL_RETURN_CODE_CTI_LOADING_ERROR);
