@@ -1,12 +1,28 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test. Usage: scripts/test.sh [preset]
-# where preset is default (the default), asan or tsan.
+# Builds everything and runs every check. Usage: scripts/test.sh [stage ...]
+#   default  optimised build with debug info, the whole suite
+#   asan     the suite under AddressSanitizer and UndefinedBehaviorSanitizer
+#   tsan     the suite under ThreadSanitizer
+# Without a stage, all of them in that order.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-preset="${1:-default}"
 scripts/ensure-deps.sh
 # The committed sources keep the committed format.
 git ls-files -z '*.c' '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
-cmake --preset "$preset" >/dev/null
-cmake --build --preset "$preset"
-ctest --preset "$preset"
+
+stages=("$@")
+((${#stages[@]})) || stages=(default asan tsan)
+for stage in "${stages[@]}"; do
+  echo "== ${stage}"
+  case "$stage" in
+    default | asan | tsan)
+      cmake --preset "$stage" >/dev/null
+      cmake --build --preset "$stage"
+      ctest --preset "$stage"
+      ;;
+    *)
+      echo "scripts/test.sh: unknown stage '${stage}'" >&2
+      exit 2
+      ;;
+  esac
+done
