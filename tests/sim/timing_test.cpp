@@ -162,15 +162,18 @@ TEST_F(Timing, AWaitForAFrameInFlightEndsOnKillWait) {
 TEST_F(Timing, TheFreeRunKeepsToTheFrameRate) {
   Camera camera = Camera::Open(*world_, kMonoId);
   ASSERT_EQ(camera.SetFloat("AcquisitionFrameRate", 50.0), OXEL_RETURN_CODE_SUCCESS);
-  camera.AnnounceAndQueue(4);
+  camera.AnnounceAndQueue(8);
   camera.StartAcquisition();
   Frame previous = NextFrame(camera, kFrameWaitMs);
   ASSERT_EQ(previous.code, OXEL_RETURN_CODE_SUCCESS);
   for (int k = 0; k < 5; ++k) {
     const Frame frame = NextFrame(camera, kFrameWaitMs);
     ASSERT_EQ(frame.code, OXEL_RETURN_CODE_SUCCESS);
-    EXPECT_EQ(frame.frameId, previous.frameId + 1);
-    EXPECT_GE(frame.timestampNs - previous.timestampNs, Ns(1.0 / 50.0));
+    // A slow reader loses frames to underruns; each lost one still took its
+    // ID and its period.
+    ASSERT_GT(frame.frameId, previous.frameId);
+    EXPECT_GE(frame.timestampNs - previous.timestampNs,
+              (frame.frameId - previous.frameId) * Ns(1.0 / 50.0));
     previous = frame;
   }
 }
