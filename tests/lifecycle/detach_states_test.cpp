@@ -1,12 +1,13 @@
-// A single image pending when its camera is detached, by the host or by
-// _kxTavroOrder: the host hears of it once, and the healthy camera's next
-// acquisition and the next order work as if nothing had been pending.
+// A single image pending when its camera is detached or dies: the host
+// hears of it once, and the healthy camera's next acquisition and the next
+// order work as if nothing had been pending.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
+#include "oxel_sim.h"
 #include "support/frame_check.h"
 #include "support/plugin_host.h"
 
@@ -66,6 +67,36 @@ TEST_F(DetachStates, PendingImageIsReportedAndTheNextCallsWork) {
     EXPECT_EQ(finished[1].userValue, 12u);
     EXPECT_EQ(Status(image), ACQSTATUS_IDLE);
   }
+}
+
+TEST_F(DetachStates, OrderGoesOnPastAPendingImageWhoseCameraDied) {
+  const int16_t number = SetupOn({kMono, kColour})[0];
+  HostImage image(number, 32, 8, false);
+  // The camera goes away before its frame arrives.
+  ASSERT_EQ(OxelSim_DropFrames(kMono.id, 1), 0);
+  ASSERT_EQ(Acquire(image, 0, 21), 0);
+  ASSERT_EQ(OxelSim_UnplugCamera(kMono.id), 0);
+  // The unplugged camera is not wanted any more; the ids are swapped.
+  auto wanted = SwappedOrder();
+  wanted[number].yEnabled = 0;
+  StdoutOf([&] { plugin.order(system.get(), wanted.data()); });
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].image, &image.image);
+  EXPECT_EQ(finished[0].userValue, 21u);
+  EXPECT_EQ(image.grey->At(0, 0), HostPlane::kFill) << "the image was not filled";
+  EXPECT_EQ(system->tSlot[number].yAttached, 0u);
+  EXPECT_EQ(system->aiCamIndex[0], 1) << "order ran to its end";
+  EXPECT_EQ(system->aiCamIndex[1], 0);
+
+  // Once back, the camera is re-attached by its next acquisition.
+  ASSERT_EQ(OxelSim_ReplugCamera(kMono.id), 0);
+  image.info.iCamId = static_cast<int16_t>(1 - number);
+  int32_t acquired = -1;
+  StdoutOf([&] { acquired = Acquire(image, 1, 22); });
+  EXPECT_EQ(acquired, 0);
+  EXPECT_TRUE(HoldsFrame(image, false, LastFrameId(kMono)));
+  ASSERT_EQ(finished.size(), 2u);
+  EXPECT_EQ(finished[1].userValue, 22u);
 }
 
 }  // namespace
