@@ -79,6 +79,9 @@ void OxelCamera::RunLiveLoop() {
   // and waits, or the worker sees the request withdrawn and does nothing.
   worker.workerState = kWorkerFirstFrame;
   while (worker.pendingRequest == kRequestLive) {
+    // One trigger, one frame: a frame that came without being asked for
+    // (late, or from before the run) is not shown as this trigger's.
+    ReturnFinishedFrames();
     if (!FireSoftwareTrigger()) break;
     if (WaitAndDeliver(kLiveFrameTimeoutMs) != 0) break;
     if (worker.frameDoneEvent != nullptr) worker.frameDoneEvent->Set();
@@ -103,19 +106,31 @@ bool OxelCamera::Stop() {
   for (int poll = 0; poll < kStopPolls && worker.workerState != kWorkerIdle; ++poll) {
     std::this_thread::sleep_for(kStopPollInterval);
   }
-  if (acquisitionStarted) {
-    try {
-      ExecuteCommand(nodeMap, "AcquisitionAbort");
-      if (!dataStream) throw std::runtime_error("Camera has no data stream");
-      dataStream->StopAcquisition(OXEL_ACQUISITION_STOP_MODE_DEFAULT);
-      WriteInteger(nodeMap, "TLParamsLocked", 0);
-    } catch (const std::exception&) {
-      // A camera that cannot be stopped counts as stopped: the next Start
-      // starts it again from scratch.
-    }
-  }
+  if (acquisitionStarted || restPending) restPending = !RestSteps(true, true, true);
   acquisitionStarted = false;
   return worker.workerState == kWorkerIdle;
+}
+
+bool OxelCamera::RestSteps(bool abort, bool stopStream, bool unlock) {
+  // A refused abort must not keep the stream grabbing or the parameters
+  // locked: each step is tried whatever the one before did.
+  bool done = true;
+  const auto attempt = [&done](auto step) {
+    try {
+      step();
+    } catch (const std::exception&) {
+      done = false;
+    }
+  };
+  if (abort) attempt([&] { ExecuteCommand(nodeMap, "AcquisitionAbort"); });
+  if (stopStream) {
+    attempt([&] {
+      if (!dataStream) throw std::runtime_error("Camera has no data stream");
+      dataStream->StopAcquisition(OXEL_ACQUISITION_STOP_MODE_DEFAULT);
+    });
+  }
+  if (unlock) attempt([&] { WriteInteger(nodeMap, "TLParamsLocked", 0); });
+  return done;
 }
 
 }  // namespace tavro::camera

@@ -15,6 +15,7 @@
 #include <string>
 #include <thread>
 
+#include "camera/frame_ledger.h"
 #include "geometry/aoi.h"
 #include "geometry/format_list.h"
 #include "platform/event.h"
@@ -92,7 +93,15 @@ class OxelCamera {
   OxelCamera& operator=(const OxelCamera&) = delete;
 
   // ---- start, triggers, responsiveness ----
+  // Arms the camera for a request: starts it when it is at rest, and in
+  // either case leaves no finished frame waiting, so that the next frame
+  // taken is one triggered after this call. A start that fails half-way is
+  // undone.
   bool Start();
+  // Takes every finished frame waiting in the data stream and queues it
+  // again, undelivered; the next frame taken is then one triggered after
+  // this call.
+  void ReturnFinishedFrames();
   bool ArmSoftwareTrigger();
   bool ArmHardwareTrigger();
   bool FireSoftwareTrigger();
@@ -100,12 +109,14 @@ class OxelCamera {
   // Hands the live loop to the worker: software trigger, camera started.
   bool StartLive();
   // Brings the camera to rest: ends a live loop, aborts and stops the
-  // acquisition, unlocks the transport parameters. False when the worker is
-  // still inside its loop after 5 seconds.
+  // acquisition, unlocks the transport parameters. Each of the three steps
+  // is tried even when one before it fails. False when the worker is still
+  // inside its loop after 5 seconds.
   bool Stop();
 
   // ---- frame delivery ----
-  // 0 success, 64 timeout, 16 any other failure.
+  // 0 success, 64 timeout, 16 any other failure (an incomplete frame too).
+  // Frames owed to earlier requests are skipped within the same time limit.
   uint32_t WaitAndDeliver(uint32_t timeoutMs);
   // False only when no destination is bound.
   bool DeliverFrame();
@@ -177,6 +188,9 @@ class OxelCamera {
   std::string cameraKey;
   uint64_t payloadSize = 0;
   bool acquisitionStarted = false;
+  // A stop or an undone start left a step undone (the camera refused it):
+  // the next Stop or Start tries the steps again.
+  bool restPending = false;
   std::string pixelFormatName;
   double gainMinimum = 0.0;
   double gainRange = 0.0;
@@ -190,6 +204,9 @@ class OxelCamera {
   int32_t widthMax = 0;
   int32_t heightMax = 0;
   FrameInHand frame;
+  // Used by whichever thread triggers and delivers: the calling thread, or
+  // the worker during live acquisition.
+  FrameLedger ledger;
   geometry::FormatList formats;
   std::optional<geometry::AoiLimits> aoiLimits;
   geometry::AoiRect currentAoi;
@@ -202,6 +219,9 @@ class OxelCamera {
  private:
   static void AcquireThread(OxelCamera* camera);
   void RunLiveLoop();
+  // The camera side of a stop; each step on its own. True when every step
+  // asked for succeeded.
+  bool RestSteps(bool abort, bool stopStream, bool unlock);
   void ReleaseDataStream();
 };
 
