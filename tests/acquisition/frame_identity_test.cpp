@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <thread>
+#include <string>
 
 #include "oxel_sim.h"
 #include "support/frame_check.h"
@@ -91,6 +91,62 @@ TEST_F(FrameIdentity, HardwareTriggerAfterSoftwareAndBackWithPulsesBetween) {
     AcquireNewest(image, 30);
     AcquireNewest(image, 31);
   }
+}
+
+TEST_F(FrameIdentity, LateFrameAfterATimeOutIsNeverDelivered) {
+  constexpr uint32_t kLateMs = 3300;  // beyond the plug-in's 3000 ms wait
+  for (const bool live : {false, true}) {
+    SCOPED_TRACE(live ? "live after the late frame" : "single images after the late frame");
+    const int16_t number = SetupOn({kMono})[0];
+    LiveImage image(number, kWidth, kHeight, false);
+    AcquireNewest(image, 1);
+
+    ASSERT_EQ(OxelSim_DelayFrames(kMono.id, 1, kLateMs), 0);
+    const auto due = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLateMs);
+    int32_t result = 0;
+    const std::string out = StdoutOf([&] { result = Acquire(image, 1, 2); });
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(status, uint32_t{ACQERR_WAIT_TIMEOUT});
+    EXPECT_EQ(out, "_kxTavroWaitAcquire: Timeout waiting for acquisition to complete\n");
+    DetachAndAttach(number);
+
+    // Requests go on while the late frame is still on its way, and after it
+    // would have come.
+    if (live) {
+      ASSERT_EQ(Live(image, 1), 0);
+      while (std::chrono::steady_clock::now() < due + std::chrono::milliseconds(100)) {
+        image.ClearNewFrameFlag();
+        ASSERT_TRUE(image.WaitForNewFrame());
+      }
+      ASSERT_EQ(Live(image, 0), 0);
+      EXPECT_TRUE(HoldsNewest(image));
+    } else {
+      uint32_t userValue = 10;
+      while (std::chrono::steady_clock::now() < due + std::chrono::milliseconds(100)) {
+        AcquireNewest(image, userValue++);
+        ASSERT_FALSE(HasFailure());
+      }
+    }
+    AcquireNewest(image, 3);
+    TearDown();
+  }
+}
+
+TEST_F(FrameIdentity, IncompleteFrameIsAFailureAndNotAnImage) {
+  const int16_t number = SetupOn({kMono})[0];
+  HostImage image(number, kWidth, kHeight, false);
+  AcquireNewest(image, 1);
+  const uint8_t shown = image.grey->At(0, 0);
+  ASSERT_EQ(OxelSim_IncompleteFrames(kMono.id, 1), 0);
+  int32_t result = 0;
+  const std::string out = StdoutOf([&] { result = Acquire(image, 1, 2); });
+  EXPECT_EQ(result, -1);
+  EXPECT_EQ(status, uint32_t{ACQERR_WAIT_FAILED});
+  EXPECT_EQ(out, "_kxTavroWaitAcquire: error mask 10\n");
+  EXPECT_EQ(image.grey->At(0, 0), shown) << "the image was written";
+  EXPECT_EQ(finished.size(), 1u);
+  EXPECT_EQ(Status(image), ACQSTATUS_IDLE);
+  AcquireNewest(image, 3);
 }
 
 }  // namespace

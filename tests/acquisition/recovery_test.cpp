@@ -14,6 +14,8 @@ namespace {
 
 constexpr int32_t kWidth = 32;
 constexpr int32_t kHeight = 8;
+// Not a feature: the start of the camera's data stream.
+constexpr const char* kStreamStart = "data-stream start";
 
 class Recovery : public PluginHost {
  protected:
@@ -48,13 +50,15 @@ class Recovery : public PluginHost {
 TEST_F(Recovery, OneRefusedStepCostsOneAcquisitionAtMost) {
   enum class Step { kSingle, kLive };
   struct Case {
-    const char* feature;  // refused once
+    const char* feature;  // refused once, or kStreamStart
     bool startedBefore;   // the camera was acquiring when the fault came
     Step step;            // the acquisition the fault hits
     bool costsIt;         // that acquisition fails
   };
   const Case cases[] = {
       {"AcquisitionStart", false, Step::kSingle, true},
+      {kStreamStart, false, Step::kSingle, true},
+      {kStreamStart, false, Step::kLive, true},
       {"AcquisitionStart", false, Step::kLive, true},
       {"TLParamsLocked", false, Step::kSingle, true},
       // Refused while stopping for the live start: the live run still starts.
@@ -73,7 +77,11 @@ TEST_F(Recovery, OneRefusedStepCostsOneAcquisitionAtMost) {
       ASSERT_EQ(AcquireNewest(single), 0);
     }
 
-    ASSERT_EQ(OxelSim_FailFeatureWrites(kMono.id, c.feature, 1, OXEL_RETURN_CODE_ERROR), 0);
+    if (std::string(c.feature) == kStreamStart) {
+      ASSERT_EQ(OxelSim_FailStreamStarts(kMono.id, 1, OXEL_RETURN_CODE_ERROR), 0);
+    } else {
+      ASSERT_EQ(OxelSim_FailFeatureWrites(kMono.id, c.feature, 1, OXEL_RETURN_CODE_ERROR), 0);
+    }
     const bool lostFrame = c.step == Step::kSingle && std::string(c.feature) == "AcquisitionAbort";
     if (lostFrame) {
       ASSERT_EQ(OxelSim_DropFrames(kMono.id, 1), 0);
