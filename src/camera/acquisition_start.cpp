@@ -8,6 +8,17 @@
 #include "parameters/trigger_mode.h"
 
 namespace tavro::camera {
+namespace {
+
+bool IsGrabbing(oxel::core::DataStream* stream) {
+  try {
+    return stream != nullptr && stream->IsGrabbing();
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace
 
 bool OxelCamera::Start() {
   if (destination.grey == nullptr) return false;
@@ -30,8 +41,9 @@ bool OxelCamera::Start() {
     streaming = true;
     ExecuteCommand(nodeMap, "AcquisitionStart");
   } catch (const std::exception&) {
-    // Undone, so that one refused step costs this acquisition only.
-    restPending = !RestSteps(false, streaming, locked);
+    // Undone, so that one refused step costs this acquisition only; a
+    // stream an earlier stop could not end is stopped as well.
+    restPending = !RestSteps(false, streaming || IsGrabbing(dataStream.get()), locked);
     return false;
   }
   acquisitionStarted = true;
