@@ -240,8 +240,9 @@ void Acquisition::Run() {
       if (!nextFreeRunStart_) nextFreeRunStart_ = now;
       if (*nextFreeRunStart_ <= now) {
         // The frame rate's maximum allows for exposure and read-out, so the
-        // next exposure may overlap this frame's read-out.
-        BeginFrame(now);
+        // next exposure may overlap this frame's read-out. Frames start on
+        // the rate's schedule, however late this thread wakes.
+        BeginFrame(*nextFreeRunStart_);
         *nextFreeRunStart_ += Seconds(1.0 / features_.FrameRate());
         if (*nextFreeRunStart_ < now) nextFreeRunStart_ = now;
         continue;

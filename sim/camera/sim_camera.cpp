@@ -53,7 +53,7 @@ SimCamera::SimCamera(CameraDescription description)
       features_(description_),
       plugged_(description_.plugged),
       openedElsewhere_(description_.openedElsewhere),
-      acquisition_(features_, mutex_, true) {
+      acquisition_(features_, mutex_, description_.instantFrames) {
   acquisition_.DropFrames(description_.dropFrames);
 }
 

@@ -113,9 +113,10 @@ void ParseFaults(const JsonReader& reader, CameraDescription& camera) {
 }
 
 CameraDescription ParseCamera(const JsonReader& reader) {
-  reader.AllowOnly({"comment", "id", "model", "vendor", "serial", "userDefinedName", "displayName",
-                    "tlType", "accessStatus", "plugged", "openedElsewhere", "sensor", "aoi",
-                    "pixelFormats", "maxFrameRate", "dataStreams", "stream", "faults", "features"});
+  reader.AllowOnly({"comment",         "id",          "model",  "vendor",       "serial",
+                    "userDefinedName", "displayName", "tlType", "accessStatus", "plugged",
+                    "openedElsewhere", "sensor",      "aoi",    "pixelFormats", "maxFrameRate",
+                    "instantFrames",   "dataStreams", "stream", "faults",       "features"});
   CameraDescription camera;
   camera.id = reader.Member("id").NonEmptyString();
   camera.model = reader.Member("model").NonEmptyString();
@@ -151,6 +152,7 @@ CameraDescription ParseCamera(const JsonReader& reader) {
     camera.maxFrameRate = rate->Number();
     if (!(camera.maxFrameRate >= 1.0)) rate->Fail("a frame rate of 1.0 or more");
   }
+  if (auto instant = reader.Optional("instantFrames")) camera.instantFrames = instant->Boolean();
   if (auto streams = reader.Optional("dataStreams")) {
     camera.dataStreamCount = static_cast<size_t>(streams->NonNegative());
     if (camera.dataStreamCount > 1) streams->Fail("0 or 1 data streams");

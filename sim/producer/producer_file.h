@@ -55,7 +55,8 @@ struct CameraDescription {
   int64_t sensorHeight = 0;
   AoiRules aoi;
   std::vector<PixelFormatDefinition> pixelFormats;
-  double maxFrameRate = 0.0;  // sensor read-out limit at full height
+  double maxFrameRate = 0.0;   // sensor read-out limit at full height
+  bool instantFrames = false;  // every frame read out at its trigger
   size_t dataStreamCount = 1;
   size_t minBufferCount = 3;
   bool definesPayloadSize = true;

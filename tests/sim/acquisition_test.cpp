@@ -46,7 +46,7 @@ TEST_F(Acquisition, EveryPixelOfTheAoiHoldsThePatternInBothFormats) {
     camera.StartAcquisition();
     ASSERT_EQ(camera.Execute("TriggerSoftware"), OXEL_RETURN_CODE_SUCCESS);
     OXEL_BUFFER buffer = nullptr;
-    ASSERT_EQ(OXEL_DataStream_WaitForFinishedBuffer(camera.stream, 0, &buffer),
+    ASSERT_EQ(OXEL_DataStream_WaitForFinishedBuffer(camera.stream, kFrameWaitMs, &buffer),
               OXEL_RETURN_CODE_SUCCESS);
     uint64_t delivered = 0;
     size_t height = 0, yOffset = 0;
@@ -82,7 +82,7 @@ TEST_F(Acquisition, TheStreamRefusesBadBuffersAndWaitsItCannotServe) {
   ExpectError(OXEL_DataStream_RevokeBuffer(camera.stream, buffers[0], nullptr),
               OXEL_RETURN_CODE_BAD_ACCESS, "");
   ASSERT_EQ(camera.Execute("TriggerSoftware"), OXEL_RETURN_CODE_SUCCESS);
-  ASSERT_EQ(OXEL_DataStream_WaitForFinishedBuffer(camera.stream, 0, &buffer),
+  ASSERT_EQ(OXEL_DataStream_WaitForFinishedBuffer(camera.stream, kFrameWaitMs, &buffer),
             OXEL_RETURN_CODE_SUCCESS);
   ASSERT_EQ(OXEL_DataStream_RevokeBuffer(camera.stream, buffer, nullptr), OXEL_RETURN_CODE_SUCCESS);
   ExpectError(OXEL_DataStream_RevokeBuffer(camera.stream, buffer, nullptr),

@@ -139,6 +139,7 @@ TEST(Library, TheLastCloseForgetsLoadedFilesAndTheirCameras) {
     camera.AnnounceAndQueue(3);
     camera.StartAcquisition();
     ASSERT_EQ(camera.Execute("TriggerSoftware"), OXEL_RETURN_CODE_SUCCESS);
+    ASSERT_EQ(WaitForFrame(camera, kFrameWaitMs).code, OXEL_RETURN_CODE_SUCCESS);
     ASSERT_EQ(lastFrame(&frameId), OXEL_RETURN_CODE_SUCCESS);
     EXPECT_EQ(frameId, OXEL_SIM_FIRST_FRAME_ID);
     // Another user keeps the files loaded past this world's close.

@@ -71,6 +71,10 @@ std::string BundledProducerDir() {
   return std::string(TAVRO_SOURCE_DIR) + "/sim/producers";
 }
 
+std::string InstantProducerDir() {
+  return TAVRO_INSTANT_PRODUCERS;
+}
+
 World::World(const std::string& producerDir) : path_(producerDir) {
   oxel::core::Library::Initialize();
   auto& manager = oxel::core::DeviceManager::Instance();
@@ -175,6 +179,16 @@ void Camera::StartAcquisition() const {
                                          OXEL_INFINITE_NUMBER),
         "StartAcquisition");
   Check(Execute("AcquisitionStart"), "AcquisitionStart");
+}
+
+Waited WaitForFrame(const Camera& camera, uint64_t timeoutMs) {
+  Waited waited;
+  waited.code = OXEL_DataStream_WaitForFinishedBuffer(camera.stream, timeoutMs, &waited.buffer);
+  if (waited.code == OXEL_RETURN_CODE_SUCCESS) {
+    Check(OXEL_Buffer_GetFrameID(waited.buffer, &waited.frameId), "GetFrameID");
+    Check(OXEL_Buffer_GetTimestampNs(waited.buffer, &waited.timestampNs), "GetTimestampNs");
+  }
+  return waited;
 }
 
 size_t WrongPixels(OXEL_BUFFER buffer, uint64_t pixelFormat) {

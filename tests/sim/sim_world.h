@@ -49,6 +49,8 @@ class TempDir {
 };
 
 std::string BundledProducerDir();
+// The bundled files with every camera's frames instant, as the build writes them.
+std::string InstantProducerDir();
 
 // The library started on the bundled producer files (or those of `dir`), with
 // every camera found by the device manager.
@@ -87,19 +89,37 @@ struct Camera {
 };
 
 // Every simulated camera back to its producer file, and the library started
-// on the bundled producer files.
+// on the bundled producer files (their instant variants with `instant`).
 class BundledWorld : public ::testing::Test {
  protected:
+  explicit BundledWorld(bool instant = false) : instant_(instant) {}
   void SetUp() override {
     ASSERT_EQ(OxelSim_ResetAll(), OXEL_RETURN_CODE_SUCCESS);
-    world_ = std::make_unique<World>();
+    world_ = std::make_unique<World>(instant_ ? InstantProducerDir() : BundledProducerDir());
   }
   void TearDown() override {
     world_.reset();
     OxelSim_ResetAll();
   }
   std::unique_ptr<World> world_;
+
+ private:
+  bool instant_;
 };
+
+// Bound of a wait for a frame that must come; it ends as soon as the frame is
+// there.
+inline constexpr uint64_t kFrameWaitMs = 10000;
+
+// One wait for a finished buffer and, when it succeeded, which frame it holds
+// (the buffer stays the caller's).
+struct Waited {
+  OXEL_RETURN_CODE code = OXEL_RETURN_CODE_SUCCESS;
+  OXEL_BUFFER buffer = nullptr;
+  uint64_t frameId = 0;
+  uint64_t timestampNs = 0;
+};
+Waited WaitForFrame(const Camera& camera, uint64_t timeoutMs);
 
 // Checks every byte of a delivered frame against the pattern; returns the
 // number of wrong bytes (0 when the frame is right).

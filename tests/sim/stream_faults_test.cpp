@@ -10,26 +10,10 @@
 namespace simtest {
 namespace {
 
-// Long enough for any frame the camera was asked for; the waits below end as
-// soon as the frame is there.
-constexpr uint64_t kFrameWaitMs = 5000;
-
-struct Waited {
-  OXEL_RETURN_CODE code;
-  uint64_t frameId = 0;
-  OXEL_BUFFER buffer = nullptr;
-};
-
-Waited WaitForFrame(const Camera& camera, uint64_t timeoutMs) {
-  Waited waited{OXEL_DataStream_WaitForFinishedBuffer(camera.stream, timeoutMs, &waited.buffer)};
-  if (waited.code == OXEL_RETURN_CODE_SUCCESS) {
-    EXPECT_EQ(OXEL_Buffer_GetFrameID(waited.buffer, &waited.frameId), OXEL_RETURN_CODE_SUCCESS);
-  }
-  return waited;
-}
-
+// Instant cameras: the frames' timing is the faults' alone.
 class StreamFaults : public BundledWorld {
  protected:
+  StreamFaults() : BundledWorld(true) {}
   // The mono camera, software triggered, acquiring into `buffers` buffers.
   Camera Triggered(size_t buffers = 4) {
     Camera camera = Camera::Open(*world_, kMonoId);

@@ -118,6 +118,10 @@ void PluginHost::UseProducers(const std::vector<std::string>& files) {
   setenv("GENICAM_GENTL64_PATH", directory_.c_str(), 1);
 }
 
+void PluginHost::UseInstantCameras() {
+  setenv("GENICAM_GENTL64_PATH", TAVRO_INSTANT_PRODUCERS, 1);
+}
+
 uint64_t LastFrameId(const SimCamera& camera) {
   uint64_t id = 0;
   EXPECT_EQ(OxelSim_GetLastFrameId(camera.id, &id), 0) << camera.id;

@@ -67,6 +67,10 @@ class PluginHost : public ::testing::Test {
   // Points GENICAM_GENTL64_PATH at a fresh directory holding one producer
   // file per text (named p0.cti, p1.cti, ...).
   void UseProducers(const std::vector<std::string>& files);
+  // Points GENICAM_GENTL64_PATH at the bundled cameras with instant frames
+  // (each frame read out at its trigger): for tests that need many frames
+  // fast. Call before setup; the path is restored after the test.
+  void UseInstantCameras();
 
   std::string Key(int camera) const { return system->tCam[camera].szCamKey; }
 
