@@ -78,16 +78,30 @@ void OxelCamera::RunLiveLoop() {
   // request before it reads the state, so either Stop sees the worker busy
   // and waits, or the worker sees the request withdrawn and does nothing.
   worker.workerState = kWorkerFirstFrame;
-  while (worker.pendingRequest == kRequestLive) {
-    // One trigger, one frame: a frame that came without being asked for
-    // (late, or from before the run) is not shown as this trigger's.
-    ReturnFinishedFrames();
-    if (!FireSoftwareTrigger()) break;
-    if (WaitAndDeliver(kLiveFrameTimeoutMs) != 0) break;
+  bool triggered = NextLiveTrigger();
+  while (triggered) {
+    uint32_t mask = 0;
+    const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(kLiveFrameTimeoutMs, mask);
+    if (!buffer) break;
+    // The camera exposes and reads out the next frame while this one is
+    // delivered, when it has a buffer to fill meanwhile. A stop lets the
+    // frame in flight be delivered, so the last image shown is the newest.
+    const bool overlap = HasQueuedBuffer();
+    if (overlap) triggered = NextLiveTrigger();
+    if (DeliverTaken(buffer) != 0) break;
     if (worker.frameDoneEvent != nullptr) worker.frameDoneEvent->Set();
     worker.workerState = kWorkerRunning;
+    if (!overlap) triggered = NextLiveTrigger();
   }
   worker.workerState = kWorkerIdle;
+}
+
+bool OxelCamera::NextLiveTrigger() {
+  if (worker.pendingRequest != kRequestLive) return false;
+  // One trigger, one frame: a frame that came without being asked for is
+  // not shown as this trigger's.
+  ReturnFinishedFrames();
+  return FireSoftwareTrigger();
 }
 
 bool OxelCamera::StartLive() {

@@ -21,6 +21,7 @@
 #include "platform/event.h"
 
 namespace oxel::core {
+class Buffer;
 class DataStream;
 class Device;
 class DeviceDescriptor;
@@ -118,6 +119,11 @@ class OxelCamera {
   // 0 success, 64 timeout, 16 any other failure (an incomplete frame too).
   // Frames owed to earlier requests are skipped within the same time limit.
   uint32_t WaitAndDeliver(uint32_t timeoutMs);
+  // The two halves of WaitAndDeliver. TakeFrame answers this request's
+  // frame, or null with the mask set; DeliverTaken writes it into the host's
+  // planes and queues it again.
+  std::shared_ptr<oxel::core::Buffer> TakeFrame(uint32_t timeoutMs, uint32_t& mask);
+  uint32_t DeliverTaken(const std::shared_ptr<oxel::core::Buffer>& buffer);
   // False only when no destination is bound.
   bool DeliverFrame();
 
@@ -219,6 +225,12 @@ class OxelCamera {
  private:
   static void AcquireThread(OxelCamera* camera);
   void RunLiveLoop();
+  // Fires the live run's next trigger, unless the run was stopped.
+  bool NextLiveTrigger();
+  // The camera has an empty buffer to fill while the plug-in holds one.
+  bool HasQueuedBuffer();
+  // Queues the buffer again; false when it is lost to the stream.
+  bool GiveBack(const std::shared_ptr<oxel::core::Buffer>& buffer);
   // The camera side of a stop; each step on its own. True when every step
   // asked for succeeded.
   bool RestSteps(bool abort, bool stopStream, bool unlock);
