@@ -93,6 +93,9 @@ void OxelCamera::RunLiveLoop() {
     worker.workerState = kWorkerRunning;
     if (!overlap) triggered = NextLiveTrigger();
   }
+  // Said before the worker counts as idle, so that whoever sees it idle
+  // after a failure also sees why.
+  if (worker.pendingRequest == kRequestLive) worker.liveEnded = true;
   worker.workerState = kWorkerIdle;
 }
 
@@ -105,6 +108,7 @@ bool OxelCamera::NextLiveTrigger() {
 }
 
 bool OxelCamera::StartLive() {
+  worker.liveEnded = false;
   if (!device) return false;
   if (!SetTriggerMode(parameters::TriggerModeSoftware, !acquisitionStarted)) return false;
   if (!Start()) return false;
