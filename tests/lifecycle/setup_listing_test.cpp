@@ -87,8 +87,6 @@ TEST_F(SetupListing, SelectionTextAdmitsCamerasWhoseKeyOccursInIt) {
         }
         EXPECT_STREQ(system->pszCamSelection, c.selection[0] != '\0' ? c.selection : nullptr);
       }
-      // Each setup started the library once.
-      EXPECT_EQ(TearDownSystem(), 0);
     }
     EXPECT_EQ(TearDownSystem(), 0);
   }
