@@ -1,6 +1,5 @@
 // tavro-host grab: one image from one camera into a PNG file, with the
 // host's choices of AOI, exposure, gain, colour planes and trigger.
-#include <dlfcn.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -13,9 +12,9 @@
 
 #include "commands.h"
 #include "host_image.h"
-#include "oxel_sim.h"
 #include "plugin.h"
 #include "records.h"
+#include "simulator.h"
 
 namespace tavro_host {
 namespace {
@@ -101,20 +100,6 @@ void SetParameter(CameraRecord& camera, int row, int32_t value, const char* name
     return;
   }
   entry.iCurrent = value;
-}
-
-// The simulator's line 0, reached in the camera library that the plug-in
-// loaded beside this executable.
-void PulseLine0(const std::string& deviceId) {
-  void* library = dlopen((ExecutableDirectory() + "liboxel.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr)
-    throw std::runtime_error(std::string("cannot load liboxel: ") + dlerror());
-  using Pulse = OXEL_RETURN_CODE (*)(const char*);
-  auto pulse = reinterpret_cast<Pulse>(dlsym(library, "OxelSim_PulseLine0"));
-  if (pulse == nullptr) throw std::runtime_error("the camera library has no simulated line 0");
-  if (pulse(deviceId.c_str()) != 0) {
-    throw std::runtime_error("cannot pulse line 0 of simulated camera " + deviceId);
-  }
 }
 
 int32_t LastFinishedUserValue = -1;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -14,19 +15,23 @@
 
 #include "commands.h"
 #include "host_image.h"
+#include "oxel_sim.h"
 #include "plugin.h"
 #include "records.h"
+#include "simulator.h"
 
 namespace tavro_host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// How often the display flag is looked at, and how long a camera may stay
-// silent before the run is given up.
+// How often the run is looked at; how long after its last frame a live run
+// has certainly ended on the plug-in's 3000 ms frame time-out; how many
+// such ends in a row give the camera up.
 constexpr auto kPollInterval = std::chrono::milliseconds(1);
 constexpr auto kProgressInterval = std::chrono::milliseconds(200);
-constexpr auto kSilenceLimit = std::chrono::seconds(10);
+constexpr auto kLiveRunEnded = std::chrono::milliseconds(3500);
+constexpr int32_t kLostInARowLimit = 3;
 constexpr int32_t kDefaultFrames = 100;
 
 struct LiveOptions {
@@ -144,19 +149,22 @@ void CheckResult(int32_t result, uint32_t status, const char* what) {
   throw std::runtime_error(text);
 }
 
+// What the camera and the plug-in did so far.
 struct Progress {
-  int32_t frames = 0;
+  int64_t delivered = 0;  // frames the plug-in delivered
+  int32_t lost = 0;       // frames lost to a time-out, each ending a live run
   double elapsed = 0;
 };
 
 void PrintProgress(const LiveOptions& options, const Progress& progress) {
-  const double rate = progress.elapsed > 0 ? progress.frames / progress.elapsed : 0;
-  char text[128];
+  const double rate = progress.elapsed > 0 ? progress.delivered / progress.elapsed : 0;
+  char text[160];
   if (options.frames > 0) {
-    std::snprintf(text, sizeof text, "\rlive: %d of %d frames, %.1f fps, ", progress.frames,
-                  options.frames, rate);
+    std::snprintf(text, sizeof text, "\rlive: %lld of %d frames, %.1f fps, %d lost, ",
+                  static_cast<long long>(progress.delivered), options.frames, rate, progress.lost);
   } else {
-    std::snprintf(text, sizeof text, "\rlive: %d frames, %.1f fps, ", progress.frames, rate);
+    std::snprintf(text, sizeof text, "\rlive: %lld frames, %.1f fps, %d lost, ",
+                  static_cast<long long>(progress.delivered), rate, progress.lost);
   }
   std::string line = text;
   if (options.seconds > 0) {
@@ -164,7 +172,7 @@ void PrintProgress(const LiveOptions& options, const Progress& progress) {
                   std::max(0.0, options.seconds - progress.elapsed));
   } else if (rate > 0) {
     std::snprintf(text, sizeof text, "about %.1f s left   ",
-                  (options.frames - progress.frames) / rate);
+                  (options.frames - progress.delivered) / rate);
   } else {
     std::snprintf(text, sizeof text, "time left unknown   ");
   }
@@ -172,32 +180,125 @@ void PrintProgress(const LiveOptions& options, const Progress& progress) {
 }
 
 bool Done(const LiveOptions& options, const Progress& progress) {
-  if (options.frames > 0) return progress.frames >= options.frames;
+  if (options.frames > 0) return progress.delivered >= options.frames;
   return progress.elapsed >= options.seconds;
 }
 
-// Counts new live frames until the goal is met; throws when the camera
-// falls silent.
-Progress Watch(const LiveOptions& options, LiveImage& live) {
+// Counts the plug-in's deliveries. With a simulated camera each live frame
+// takes the camera's next frame ID, so the count is exact: the IDs sent,
+// less those lost, up to the frame the image holds at the end. With any
+// other camera only the new-frame flags this host saw can be counted.
+class DeliveryCounter {
+ public:
+  DeliveryCounter(std::string deviceId, bool bgr)
+      : deviceId_(std::move(deviceId)),
+        bgr_(bgr),
+        before_(LastFrameId(deviceId_).value_or(OXEL_SIM_FIRST_FRAME_ID - 1)),
+        exact_(!deviceId_.empty() && HasFrameCounter()) {}
+
+  bool exact() const { return exact_; }
+  // Frames sent so far, lost ones included; or flags seen.
+  int64_t Sent(LiveImage& live) {
+    if (!exact_) return flags_ += live.TakeNewFrame() ? 1 : 0;
+    live.TakeNewFrame();
+    return static_cast<int64_t>(LastFrameId(deviceId_).value_or(before_) - before_);
+  }
+  // After the run: the frames up to the one the host image holds, which the
+  // worker no longer writes.
+  int64_t SentUpToShown(const LiveImage& live) {
+    if (!exact_) return flags_;
+    const uint64_t last = LastFrameId(deviceId_).value_or(before_);
+    const std::optional<uint8_t> shown = ShownFrameByte(live);
+    const uint64_t delivered = shown ? last - static_cast<uint8_t>(last - *shown) : last;
+    return static_cast<int64_t>(delivered - before_);
+  }
+
+ private:
+  // The low byte of the shown frame's ID, read from the start of row 0
+  // (sensor pixels 0 to 3), when exactly one byte fits the pattern.
+  std::optional<uint8_t> ShownFrameByte(const LiveImage& live) const {
+    std::optional<uint8_t> found;
+    for (uint32_t id = 0; id < 256; ++id) {
+      bool fits = true;
+      for (int32_t x = 0; x < std::min(4, live.width()) && fits; ++x) {
+        const auto x32 = static_cast<uint32_t>(x);
+        if (!bgr_) {
+          fits = live.grey.At(x, 0) == OxelSim_PatternMono8(x32, 0, id);
+        } else if (live.colour) {
+          fits = live.blue.At(x, 0) == OxelSim_PatternBgr8(x32, 0, id, 0);
+        } else {
+          fits = live.grey.At(x, 0) == Luma(OxelSim_PatternBgr8(x32, 0, id, 2),
+                                            OxelSim_PatternBgr8(x32, 0, id, 1),
+                                            OxelSim_PatternBgr8(x32, 0, id, 0));
+        }
+      }
+      if (!fits) continue;
+      if (found) return std::nullopt;
+      found = static_cast<uint8_t>(id);
+    }
+    return found;
+  }
+
+  static uint8_t Luma(uint32_t red, uint32_t green, uint32_t blue) {
+    return static_cast<uint8_t>((19595u * red + 38470u * green + 7471u * blue) >> 16);
+  }
+
+  const std::string deviceId_;
+  const bool bgr_;
+  const uint64_t before_;
+  const bool exact_;
+  int64_t flags_ = 0;
+};
+
+void Start(const Plugin& plugin, LiveImage& live, SystemRecord& system) {
+  uint32_t status = 0;
+  CheckResult(plugin.liveAcquire(&live.image, 1, 0, &status, &system), status, "live start");
+}
+
+void Stop(const Plugin& plugin, LiveImage& live, SystemRecord& system) {
+  uint32_t status = 0;
+  CheckResult(plugin.liveAcquire(&live.image, 0, 0, &status, &system), status, "live stop");
+}
+
+// Runs live until the goal is met. A live run ends by itself when a frame
+// does not come within the plug-in's 3000 ms: that frame is counted lost
+// and live is started again; a camera that loses three in a row is given up.
+Progress Watch(const LiveOptions& options, const Plugin& plugin, LiveImage& live,
+               SystemRecord& system, DeliveryCounter& counter) {
   Progress progress;
   const auto start = Clock::now();
   auto lastFrame = start, lastPrint = start;
+  int64_t sent = 0;
+  int32_t lostInARow = 0;
+  Start(plugin, live, system);
   while (!Done(options, progress)) {
     std::this_thread::sleep_for(kPollInterval);
     const auto now = Clock::now();
-    if (live.TakeNewFrame()) {
-      ++progress.frames;
+    if (const int64_t nowSent = counter.Sent(live); nowSent != sent) {
+      sent = nowSent;
       lastFrame = now;
-    } else if (now - lastFrame > kSilenceLimit) {
-      std::cerr << "\n";
-      throw std::runtime_error("no live frame for " + std::to_string(kSilenceLimit.count()) + " s");
+      lostInARow = 0;
+    } else if (now - lastFrame > kLiveRunEnded) {
+      ++progress.lost;
+      if (++lostInARow == kLostInARowLimit) {
+        std::cerr << "\n";
+        throw std::runtime_error("no live frame in " + std::to_string(kLostInARowLimit) +
+                                 " live runs");
+      }
+      Stop(plugin, live, system);
+      Start(plugin, live, system);
+      lastFrame = now;
     }
+    progress.delivered = sent - (counter.exact() ? progress.lost : 0);
     progress.elapsed = std::chrono::duration<double>(now - start).count();
     if (now - lastPrint >= kProgressInterval) {
       PrintProgress(options, progress);
       lastPrint = now;
     }
   }
+  Stop(plugin, live, system);
+  progress.elapsed = std::chrono::duration<double>(Clock::now() - start).count();
+  progress.delivered = counter.SentUpToShown(live) - (counter.exact() ? progress.lost : 0);
   PrintProgress(options, progress);
   std::cerr << "\n";
   return progress;
@@ -211,26 +312,27 @@ std::string RunAndSave(const LiveOptions& options) {
   const CameraRecord& camera = cameras.camera(options.camera);
   LiveImage live(static_cast<int16_t>(options.camera), camera.iWidthMax, camera.iHeightMax,
                  options.colour);
+  DeliveryCounter counter(BundledCameraId(camera.szCamKey), camera.yColour != 0);
 
-  uint32_t status = 0;
-  CheckResult(plugin.liveAcquire(&live.image, 1, 0, &status, &system), status, "live start");
   Progress progress;
   try {
-    progress = Watch(options, live);
+    progress = Watch(options, plugin, live, system, counter);
   } catch (...) {
+    uint32_t status = 0;
     plugin.liveAcquire(&live.image, 0, 0, &status, &system);
     throw;
   }
-  CheckResult(plugin.liveAcquire(&live.image, 0, 0, &status, &system), status, "live stop");
   if (system.lError != 0) std::cerr << "tavro-host: the camera reported an error during live\n";
 
   WriteDisplayPng(options.output, live);
-  char text[256];
+  char text[320];
   std::snprintf(text, sizeof text,
-                "Live on camera %d (%s): %d frames in %.2f s, %.1f frames per second; "
-                "%d x %d display saved to %s\n",
-                options.camera, camera.szCamKey, progress.frames, progress.elapsed,
-                progress.elapsed > 0 ? progress.frames / progress.elapsed : 0.0, live.width(),
+                "Live on camera %d (%s): %lld frames delivered in %.2f s, %.1f frames per "
+                "second%s, %d lost to time-outs; %d x %d display saved to %s\n",
+                options.camera, camera.szCamKey, static_cast<long long>(progress.delivered),
+                progress.elapsed,
+                progress.elapsed > 0 ? progress.delivered / progress.elapsed : 0.0,
+                counter.exact() ? "" : " (new-frame flags seen)", progress.lost, live.width(),
                 live.height(), options.output.c_str());
   return text;
 }

@@ -1,6 +1,9 @@
 // Fetching a finished buffer and writing it into the host's planes.
 #include <algorithm>
+#include <chrono>
 #include <exception>
+#include <optional>
+#include <stdexcept>
 
 #include "camera/oxel_camera.h"
 #include "camera/pixel_conversion.h"
@@ -22,10 +25,48 @@ int32_t As32Bit(size_t value) {
 
 uint32_t OxelCamera::WaitAndDeliver(uint32_t timeoutMs) {
   uint32_t mask = 0;
-  std::shared_ptr<oxel::core::Buffer> buffer;
+  const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(timeoutMs, mask);
+  return buffer ? DeliverTaken(buffer) : mask;
+}
+
+std::shared_ptr<oxel::core::Buffer> OxelCamera::TakeFrame(uint32_t timeoutMs, uint32_t& mask) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  bool skipped = false;
+  for (;;) {
+    std::shared_ptr<oxel::core::Buffer> buffer;
+    try {
+      if (!dataStream) throw std::runtime_error("Camera has no data stream");
+      const auto left =
+          std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      buffer = dataStream->WaitForFinishedBuffer(
+          static_cast<uint64_t>(std::max<int64_t>(0, left.count())));
+      const std::optional<uint64_t> id = FrameIdOf(*buffer);
+      if (id && ledger.IsStale(*id)) {
+        // A frame an earlier request gave up on: back to the stream, and
+        // the wait goes on for this request's own.
+        ledger.Passed(*id);
+        skipped = true;
+      } else {
+        if (id) ledger.Taken(*id);
+        // Part of a frame is not an image: it is reported as a failure and
+        // the host's planes keep what they held.
+        if (!buffer->IsIncomplete()) return buffer;
+        mask = kMaskFailure;
+      }
+    } catch (const oxel::core::TimeoutException&) {
+      mask = kMaskTimeout;
+      if (skipped) ledger.Forgive();
+    } catch (const std::exception&) {
+      mask = kMaskFailure;
+    }
+    if (buffer && !GiveBack(buffer)) mask = kMaskFailure;
+    if (mask != 0) return nullptr;
+  }
+}
+
+uint32_t OxelCamera::DeliverTaken(const std::shared_ptr<oxel::core::Buffer>& buffer) {
+  uint32_t mask = 0;
   try {
-    if (!dataStream) throw std::runtime_error("Camera has no data stream");
-    buffer = dataStream->WaitForFinishedBuffer(timeoutMs);
     frame.base = buffer->BasePtr();
     frame.size = buffer->Size();
     frame.width = As32Bit(buffer->Width());
@@ -34,23 +75,32 @@ uint32_t OxelCamera::WaitAndDeliver(uint32_t timeoutMs) {
     frame.bytesPerLine = static_cast<int32_t>(
         std::min<int64_t>(int64_t{(bitsPerPixel + 7) / 8} * frame.width, INT32_MAX));
     DeliverFrame();
-  } catch (const oxel::core::TimeoutException&) {
-    mask = kMaskTimeout;
   } catch (const std::exception&) {
     mask = kMaskFailure;
   }
-  if (buffer) {
-    try {
-      dataStream->QueueBuffer(buffer);
-    } catch (const oxel::core::TimeoutException&) {
-      // A late time-out on the way back changes nothing for this frame.
-    } catch (const std::exception&) {
-      // The buffer is lost to the stream; report it like any other camera
-      // failure so that a live loop ends instead of starving.
-      if (mask == 0) mask = kMaskFailure;
-    }
-  }
+  if (!GiveBack(buffer)) mask = kMaskFailure;
   return mask;
+}
+
+bool OxelCamera::GiveBack(const std::shared_ptr<oxel::core::Buffer>& buffer) {
+  try {
+    dataStream->QueueBuffer(buffer);
+  } catch (const oxel::core::TimeoutException&) {
+    // A late time-out on the way back changes nothing for this frame.
+  } catch (const std::exception&) {
+    // The buffer is lost to the stream: reported like any other camera
+    // failure, so that a live loop ends instead of starving.
+    return false;
+  }
+  return true;
+}
+
+bool OxelCamera::HasQueuedBuffer() {
+  try {
+    return dataStream && dataStream->NumBuffersQueued() > 0;
+  } catch (const std::exception&) {
+    return false;
+  }
 }
 
 bool OxelCamera::DeliverFrame() {

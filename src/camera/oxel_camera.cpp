@@ -78,16 +78,33 @@ void OxelCamera::RunLiveLoop() {
   // request before it reads the state, so either Stop sees the worker busy
   // and waits, or the worker sees the request withdrawn and does nothing.
   worker.workerState = kWorkerFirstFrame;
-  while (worker.pendingRequest == kRequestLive) {
-    if (!FireSoftwareTrigger()) break;
-    if (WaitAndDeliver(kLiveFrameTimeoutMs) != 0) break;
+  bool triggered = NextLiveTrigger();
+  while (triggered) {
+    uint32_t mask = 0;
+    const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(kLiveFrameTimeoutMs, mask);
+    if (!buffer) break;
+    // The camera exposes and reads out the next frame while this one is
+    // delivered, when it has a buffer to fill meanwhile. A stop lets the
+    // frame in flight be delivered, so the last image shown is the newest.
+    const bool overlap = HasQueuedBuffer();
+    if (overlap) triggered = NextLiveTrigger();
+    if (DeliverTaken(buffer) != 0) break;
     if (worker.frameDoneEvent != nullptr) worker.frameDoneEvent->Set();
     worker.workerState = kWorkerRunning;
+    if (!overlap) triggered = NextLiveTrigger();
   }
   // Said before the worker counts as idle, so that whoever sees it idle
   // after a failure also sees why.
   if (worker.pendingRequest == kRequestLive) worker.liveEnded = true;
   worker.workerState = kWorkerIdle;
+}
+
+bool OxelCamera::NextLiveTrigger() {
+  if (worker.pendingRequest != kRequestLive) return false;
+  // One trigger, one frame: a frame that came without being asked for is
+  // not shown as this trigger's.
+  ReturnFinishedFrames();
+  return FireSoftwareTrigger();
 }
 
 bool OxelCamera::StartLive() {
@@ -107,19 +124,31 @@ bool OxelCamera::Stop() {
   for (int poll = 0; poll < kStopPolls && worker.workerState != kWorkerIdle; ++poll) {
     std::this_thread::sleep_for(kStopPollInterval);
   }
-  if (acquisitionStarted) {
-    try {
-      ExecuteCommand(nodeMap, "AcquisitionAbort");
-      if (!dataStream) throw std::runtime_error("Camera has no data stream");
-      dataStream->StopAcquisition(OXEL_ACQUISITION_STOP_MODE_DEFAULT);
-      WriteInteger(nodeMap, "TLParamsLocked", 0);
-    } catch (const std::exception&) {
-      // A camera that cannot be stopped counts as stopped: the next Start
-      // starts it again from scratch.
-    }
-  }
+  if (acquisitionStarted || restPending) restPending = !RestSteps(true, true, true);
   acquisitionStarted = false;
   return worker.workerState == kWorkerIdle;
+}
+
+bool OxelCamera::RestSteps(bool abort, bool stopStream, bool unlock) {
+  // A refused abort must not keep the stream grabbing or the parameters
+  // locked: each step is tried whatever the one before did.
+  bool done = true;
+  const auto attempt = [&done](auto step) {
+    try {
+      step();
+    } catch (const std::exception&) {
+      done = false;
+    }
+  };
+  if (abort) attempt([&] { ExecuteCommand(nodeMap, "AcquisitionAbort"); });
+  if (stopStream) {
+    attempt([&] {
+      if (!dataStream) throw std::runtime_error("Camera has no data stream");
+      dataStream->StopAcquisition(OXEL_ACQUISITION_STOP_MODE_DEFAULT);
+    });
+  }
+  if (unlock) attempt([&] { WriteInteger(nodeMap, "TLParamsLocked", 0); });
+  return done;
 }
 
 }  // namespace tavro::camera

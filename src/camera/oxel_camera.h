@@ -15,11 +15,13 @@
 #include <string>
 #include <thread>
 
+#include "camera/frame_ledger.h"
 #include "geometry/aoi.h"
 #include "geometry/format_list.h"
 #include "platform/event.h"
 
 namespace oxel::core {
+class Buffer;
 class DataStream;
 class Device;
 class DeviceDescriptor;
@@ -96,7 +98,15 @@ class OxelCamera {
   OxelCamera& operator=(const OxelCamera&) = delete;
 
   // ---- start, triggers, responsiveness ----
+  // Arms the camera for a request: starts it when it is at rest, and in
+  // either case leaves no finished frame waiting, so that the next frame
+  // taken is one triggered after this call. A start that fails half-way is
+  // undone.
   bool Start();
+  // Takes every finished frame waiting in the data stream and queues it
+  // again, undelivered; the next frame taken is then one triggered after
+  // this call.
+  void ReturnFinishedFrames();
   bool ArmSoftwareTrigger();
   bool ArmHardwareTrigger();
   bool FireSoftwareTrigger();
@@ -104,13 +114,20 @@ class OxelCamera {
   // Hands the live loop to the worker: software trigger, camera started.
   bool StartLive();
   // Brings the camera to rest: ends a live loop, aborts and stops the
-  // acquisition, unlocks the transport parameters. False when the worker is
-  // still inside its loop after 5 seconds.
+  // acquisition, unlocks the transport parameters. Each of the three steps
+  // is tried even when one before it fails. False when the worker is still
+  // inside its loop after 5 seconds.
   bool Stop();
 
   // ---- frame delivery ----
-  // 0 success, 64 timeout, 16 any other failure.
+  // 0 success, 64 timeout, 16 any other failure (an incomplete frame too).
+  // Frames owed to earlier requests are skipped within the same time limit.
   uint32_t WaitAndDeliver(uint32_t timeoutMs);
+  // The two halves of WaitAndDeliver. TakeFrame answers this request's
+  // frame, or null with the mask set; DeliverTaken writes it into the host's
+  // planes and queues it again.
+  std::shared_ptr<oxel::core::Buffer> TakeFrame(uint32_t timeoutMs, uint32_t& mask);
+  uint32_t DeliverTaken(const std::shared_ptr<oxel::core::Buffer>& buffer);
   // False only when no destination is bound.
   bool DeliverFrame();
 
@@ -181,6 +198,9 @@ class OxelCamera {
   std::string cameraKey;
   uint64_t payloadSize = 0;
   bool acquisitionStarted = false;
+  // A stop or an undone start left a step undone (the camera refused it):
+  // the next Stop or Start tries the steps again.
+  bool restPending = false;
   std::string pixelFormatName;
   double gainMinimum = 0.0;
   double gainRange = 0.0;
@@ -194,6 +214,9 @@ class OxelCamera {
   int32_t widthMax = 0;
   int32_t heightMax = 0;
   FrameInHand frame;
+  // Used by whichever thread triggers and delivers: the calling thread, or
+  // the worker during live acquisition.
+  FrameLedger ledger;
   geometry::FormatList formats;
   std::optional<geometry::AoiLimits> aoiLimits;
   geometry::AoiRect currentAoi;
@@ -206,6 +229,15 @@ class OxelCamera {
  private:
   static void AcquireThread(OxelCamera* camera);
   void RunLiveLoop();
+  // Fires the live run's next trigger, unless the run was stopped.
+  bool NextLiveTrigger();
+  // The camera has an empty buffer to fill while the plug-in holds one.
+  bool HasQueuedBuffer();
+  // Queues the buffer again; false when it is lost to the stream.
+  bool GiveBack(const std::shared_ptr<oxel::core::Buffer>& buffer);
+  // The camera side of a stop; each step on its own. True when every step
+  // asked for succeeded.
+  bool RestSteps(bool abort, bool stopStream, bool unlock);
   void ReleaseDataStream();
 };
 

@@ -121,11 +121,15 @@ void FreeCameraSelection(SystemRecord& system) {
 }
 
 void ReplaceCameraSelection(SystemRecord& system, const char* selection) {
+  // Copied before the old copy is freed: a host may hand back the plug-in's
+  // own copy as the new selection.
+  std::unique_ptr<char[]> copy;
+  if (selection != nullptr && selection[0] != '\0') {
+    const size_t size = std::strlen(selection) + 1;
+    copy = std::make_unique<char[]>(size);
+    std::memcpy(copy.get(), selection, size);
+  }
   FreeCameraSelection(system);
-  if (selection == nullptr || selection[0] == '\0') return;
-  const size_t size = std::strlen(selection) + 1;
-  auto copy = std::make_unique<char[]>(size);
-  std::memcpy(copy.get(), selection, size);
   system.pszCamSelection = copy.release();
 }
 
@@ -141,7 +145,8 @@ int32_t SetupCameras(SystemRecord* system, const char* selection, int* widest, i
   StartCameraLibrary();
   ReplaceCameraSelection(*system, selection);
 
-  int32_t count = MakeListOfAllCameras(selection);
+  // The copy, not the host's text, which may have been the copy just freed.
+  int32_t count = MakeListOfAllCameras(system->pszCamSelection);
   if (count < 1) {
     diagnostics::DebugPrintf("No Tavro cameras connected\n");
     diagnostics::FlushStdout();

@@ -1,0 +1,49 @@
+#include "simulator.h"
+
+#include <dlfcn.h>
+
+#include <stdexcept>
+
+#include "oxel_sim.h"
+#include "plugin.h"
+
+namespace tavro_host {
+namespace {
+
+// Null when the library beside this executable has no such function.
+void* Control(const char* name) {
+  static void* const library =
+      dlopen((ExecutableDirectory() + "liboxel.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
+  return library != nullptr ? dlsym(library, name) : nullptr;
+}
+
+}  // namespace
+
+std::string BundledCameraId(const std::string& key) {
+  if (key == "OX-U3-23C-Left") return "OX23C-21A0417";
+  if (key == "OX-U3-13M") return "OX13M-21B0112";
+  return "";
+}
+
+void PulseLine0(const std::string& deviceId) {
+  using Pulse = OXEL_RETURN_CODE (*)(const char*);
+  auto pulse = reinterpret_cast<Pulse>(Control("OxelSim_PulseLine0"));
+  if (pulse == nullptr) throw std::runtime_error("the camera library has no simulated line 0");
+  if (pulse(deviceId.c_str()) != 0) {
+    throw std::runtime_error("cannot pulse line 0 of simulated camera " + deviceId);
+  }
+}
+
+bool HasFrameCounter() {
+  return Control("OxelSim_GetLastFrameId") != nullptr;
+}
+
+std::optional<uint64_t> LastFrameId(const std::string& deviceId) {
+  using Read = OXEL_RETURN_CODE (*)(const char*, uint64_t*);
+  auto read = reinterpret_cast<Read>(Control("OxelSim_GetLastFrameId"));
+  uint64_t id = 0;
+  if (read == nullptr || deviceId.empty() || read(deviceId.c_str(), &id) != 0) return std::nullopt;
+  return id;
+}
+
+}  // namespace tavro_host
