@@ -99,7 +99,7 @@ size_t HeapInUse() {
 
 TEST_F(SetupCycles, RepeatedSetupsLeaveNothingStartedAndHoldNoMore) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  constexpr int kCycles = 300;  // sanitized runs are several times slower
+  constexpr int kCycles = 100;  // sanitized runs are several times slower
 #else
   constexpr int kCycles = 1000;
 #endif
