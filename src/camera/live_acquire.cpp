@@ -83,20 +83,20 @@ int32_t StopLive(uint32_t* status, SystemRecord* system, int32_t& number) {
 
 }  // namespace
 
-bool LiveRunEnded(const SystemRecord& system) {
+bool LiveRunDied(const SystemRecord& system) {
   if (system.yLive == 0 || !host_interface::IsCameraNumber(system.iLiveCamNum)) return false;
   const OxelCamera* camera = host_interface::CameraOf(system.tSlot[system.iLiveCamNum]);
-  return camera != nullptr && camera->worker.liveEnded;
+  return camera != nullptr && camera->worker.liveDied;
 }
 
-void EndEndedLiveRun(SystemRecord& system) {
-  if (!LiveRunEnded(system)) return;
+void EndDeadLiveRun(SystemRecord& system) {
+  if (!LiveRunDied(system)) return;
   const int32_t number = system.iLiveCamNum;
   OxelCamera* camera = host_interface::CameraOf(system.tSlot[number]);
   // The worker is idle, so this returns at once; it stops the camera so
   // that no late frame of the run meets the next acquisition.
   camera->Stop();
-  camera->worker.liveEnded = false;
+  camera->worker.liveDied = false;
   camera->frameCallback = nullptr;
   camera->frameCallbackArg = nullptr;
   system.yLive = 0;

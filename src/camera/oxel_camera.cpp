@@ -95,7 +95,7 @@ void OxelCamera::RunLiveLoop() {
   }
   // Said before the worker counts as idle, so that whoever sees it idle
   // after a failure also sees why.
-  if (worker.pendingRequest == kRequestLive) worker.liveEnded = true;
+  if (worker.pendingRequest == kRequestLive) worker.liveDied = true;
   worker.workerState = kWorkerIdle;
 }
 
@@ -108,7 +108,7 @@ bool OxelCamera::NextLiveTrigger() {
 }
 
 bool OxelCamera::StartLive() {
-  worker.liveEnded = false;
+  worker.liveDied = false;
   if (!device) return false;
   if (!SetTriggerMode(parameters::TriggerModeSoftware, !acquisitionStarted)) return false;
   if (!Start()) return false;

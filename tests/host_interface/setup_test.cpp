@@ -44,9 +44,12 @@ TEST(Setup, EveryTableEntryIdleWithASignalledEvent) {
   EXPECT_EQ(kxTavroTearDown(&other), 0) << "closes the library setup started";
 }
 
-TEST(Setup, EventsOfAnEarlierSetupStayUsable) {
+TEST(Setup, EventsOfAnEarlierSetupStayUsableWhileACameraMayHoldThem) {
   HostRecords host;
-  // A camera of the first setup may still hold its entry's event.
+  // A camera object of the first setup, kept in another record, may still
+  // signal its entry's event from its worker.
+  HostRecords elsewhere;
+  elsewhere.Attach(0, "M1", true);
   platform::ManualResetEvent* earlier = host_interface::tTavroCamAcq[3].hEvent.get();
   lifecycle::ResetAcquisitionTable(host.system.get());
   EXPECT_NE(host_interface::tTavroCamAcq[3].hEvent.get(), earlier);
