@@ -6,6 +6,7 @@
 
 #include "camera/display_drawing.h"
 #include "camera/live_display.h"
+#include "camera/pixel_kernels.h"
 
 namespace tavro::camera {
 namespace {
@@ -25,24 +26,45 @@ TEST(GreyDisplay, RepeatsTheGreyByteInRedGreenAndBlue) {
                                    {0x00010101, 0x007F7F7F, 0x00808080, kUntouched, kUntouched}};
   for (int y = 0; y < 2; ++y)
     for (int x = 0; x < 5; ++x) EXPECT_EQ(display[y * 5 + x], expected[y][x]) << x << "," << y;
+}
 
-  // Every grey value, in rows of lengths around the sixteen-pixel step.
-  std::vector<uint8_t> values(256 + 40);
-  for (size_t i = 0; i < values.size(); ++i) values[i] = static_cast<uint8_t>(i * 7);
-  for (const int32_t columns : {256, 1, 15, 16, 17, 31, 33, 40}) {
-    std::vector<uint32_t> row(columns + 1, kUntouched);
-    DrawGrey(values.data(), 0, DisplayArea{row.data(), 0, columns, 1});
-    for (int32_t x = 0; x < columns; ++x) {
-      ASSERT_EQ(row[x], GreyDisplayTable()[values[x]]) << "length " << columns << " at " << x;
+TEST(DisplayKernels, EveryInstructionSetDrawsTheDefinedPixelsUpToTheRowEnd) {
+  // Rows up to past two of the widest vectors and one with every grey
+  // value, at every alignment of the planes; the pixel after the row stays.
+  std::vector<uint8_t> red(300 + 3), green(red.size()), blue(red.size());
+  for (size_t i = 0; i < red.size(); ++i) {
+    red[i] = static_cast<uint8_t>(i * 7 + 1);
+    green[i] = static_cast<uint8_t>(i * 13 + 128);
+    blue[i] = static_cast<uint8_t>(255 - i * 5);
+  }
+  std::vector<size_t> lengths(160);
+  for (size_t i = 0; i < lengths.size(); ++i) lengths[i] = i + 1;
+  lengths.push_back(300);
+  for (const PixelKernels& kernels : RunnableKernels()) {
+    for (const size_t pixels : lengths) {
+      for (size_t offset = 0; offset < 4; ++offset) {
+        const uint8_t *r = red.data() + offset, *g = green.data() + offset,
+                      *b = blue.data() + offset;
+        std::vector<uint32_t> grey(pixels + 1, kUntouched), colour(grey);
+        kernels.greyDisplayRow(r, grey.data(), pixels);
+        kernels.colourDisplayRow(r, g, b, colour.data(), pixels);
+        for (size_t x = 0; x < pixels; ++x) {
+          ASSERT_EQ(grey[x], Packed(r[x], r[x], r[x]))
+              << kernels.target << ", " << pixels << " pixels at offset " << offset << ", x " << x;
+          ASSERT_EQ(colour[x], Packed(r[x], g[x], b[x]))
+              << kernels.target << ", " << pixels << " pixels at offset " << offset << ", x " << x;
+        }
+        EXPECT_EQ(grey[pixels], kUntouched) << kernels.target << ", " << pixels;
+        EXPECT_EQ(colour[pixels], kUntouched) << kernels.target << ", " << pixels;
+      }
     }
-    EXPECT_EQ(row[columns], kUntouched) << "length " << columns;
   }
 }
 
-TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
-  // Lengths around the eight-pixel step, with source pitch larger than the
-  // row and a display stride larger than the row.
-  for (int32_t columns = 1; columns <= 27; ++columns) {
+TEST(PlaneDisplay, FollowsPitchAndStrideRowByRow) {
+  // Source pitch and display stride larger than the row, for rows on and
+  // off the vector steps.
+  for (const int32_t columns : {1, 17, 64, 71}) {
     SCOPED_TRACE(columns);
     const int32_t rows = 3, pitch = columns + 5, stride = columns + 3;
     std::vector<uint8_t> red(pitch * rows), green(pitch * rows), blue(pitch * rows);
@@ -51,14 +73,18 @@ TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
       green[i] = static_cast<uint8_t>(i * 13 + 128);
       blue[i] = static_cast<uint8_t>(255 - i * 5);
     }
-    std::vector<uint32_t> display(stride * rows, kUntouched);
-    DrawColour(red.data(), green.data(), blue.data(), pitch,
-               DisplayArea{display.data(), stride, columns, rows});
+    std::vector<uint32_t> colour(stride * rows, kUntouched), grey(colour);
+    const DisplayArea area{colour.data(), stride, columns, rows};
+    DrawColour(red.data(), green.data(), blue.data(), pitch, area);
+    DrawGrey(green.data(), pitch, DisplayArea{grey.data(), stride, columns, rows});
     for (int32_t y = 0; y < rows; ++y) {
       for (int32_t x = 0; x < stride; ++x) {
         const size_t s = y * pitch + x;
-        const uint32_t expected = x < columns ? Packed(red[s], green[s], blue[s]) : kUntouched;
-        ASSERT_EQ(display[y * stride + x], expected) << x << "," << y;
+        const bool drawn = x < columns;
+        ASSERT_EQ(colour[y * stride + x], drawn ? Packed(red[s], green[s], blue[s]) : kUntouched)
+            << x << "," << y;
+        ASSERT_EQ(grey[y * stride + x], drawn ? Packed(green[s], green[s], green[s]) : kUntouched)
+            << x << "," << y;
       }
     }
   }
