@@ -6,7 +6,10 @@
 // LiveDisplaySource; the drawing itself knows no record layout.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+
+#include "camera/display_drawing.h"
 
 namespace tavro::camera {
 
@@ -30,8 +33,25 @@ struct LiveDisplaySource {
   int32_t displayStride = 0;    // in pixels
 };
 
-// Draws the primary plane's size, cut to the camera's maximum, starting at
-// the primary plane's first row of the display.
+// What DrawLiveDisplay draws: the display area and the plane rows it shows
+// (row 0 of the image in each plane), grey or colour.
+struct LiveDisplayPlan {
+  DisplayArea area;
+  bool colour = false;
+  const uint8_t* grey = nullptr;
+  const uint8_t* red = nullptr;
+  const uint8_t* green = nullptr;
+  const uint8_t* blue = nullptr;
+  ptrdiff_t pitch = 0;
+};
+
+// The primary plane's size, cut to the camera's maximum, starting at the
+// primary plane's first row of the display; an empty area when there is
+// nothing to draw.
+LiveDisplayPlan PlanLiveDisplay(const LiveDisplaySource& source);
+
+void DrawLiveDisplay(const LiveDisplayPlan& plan);
+
 void DrawLiveDisplay(const LiveDisplaySource& source);
 
 }  // namespace tavro::camera

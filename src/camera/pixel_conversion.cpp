@@ -32,11 +32,16 @@ CopyRegion DeliveryRegion(const SourceFrame& frame, const HostPlanes& planes,
   return region;
 }
 
-void ConvertFrame(const SourceFrame& frame, const HostPlanes& planes, CopyRegion region) {
+void ConvertFrame(const SourceFrame& frame, const HostPlanes& planes, CopyRegion region,
+                  const FusedDisplay& display) {
   if (planes.grey == nullptr || region.columns <= 0 || region.rows <= 0) return;
   const bool colour = planes.colour && planes.red && planes.green && planes.blue;
   const PixelKernels& kernels = Kernels();
   const auto kernel = frame.bgr ? kernels.bgrRow : kernels.monoRow;
+  const size_t columns = static_cast<size_t>(region.columns);
+  const size_t shown = display.pixels != nullptr
+                           ? static_cast<size_t>(std::clamp(display.columns, 0, region.columns))
+                           : 0;
 
   const ptrdiff_t sourceStride =
       static_cast<ptrdiff_t>(frame.width) * static_cast<ptrdiff_t>(BytesPerPixel(frame));
@@ -50,7 +55,20 @@ void ConvertFrame(const SourceFrame& frame, const HostPlanes& planes, CopyRegion
       row.green = planes.green + offset;
       row.blue = planes.blue + offset;
     }
-    kernel(frame.base + sourceStride * y, row, static_cast<size_t>(region.columns));
+    const uint8_t* source = frame.base + sourceStride * y;
+    const size_t fused = y < display.rows ? shown : 0;
+    if (fused > 0) {
+      RowOutput withDisplay = row;
+      withDisplay.display = display.pixels + display.stride * y;
+      withDisplay.colourDisplay = display.colour;
+      kernel(source, withDisplay, fused);
+    }
+    if (fused == columns) continue;
+    // The rest of the row, which the display does not show.
+    for (uint8_t** plane : {&row.grey, &row.red, &row.green, &row.blue}) {
+      if (*plane != nullptr) *plane += fused;
+    }
+    kernel(source + fused * BytesPerPixel(frame), row, columns - fused);
   }
 }
 

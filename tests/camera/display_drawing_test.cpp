@@ -1,10 +1,12 @@
-// Drawing planes into the 32-bit live display.
+// Drawing planes into the 32-bit live display, alone and in the pass that
+// delivers a live frame.
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <vector>
 
 #include "camera/display_drawing.h"
+#include "camera/live_delivery.h"
 #include "camera/live_display.h"
 #include "camera/pixel_kernels.h"
 
@@ -162,5 +164,91 @@ TEST(LiveDisplay, DrawsFromTheFirstRowsAndStopsAtTheCameraMaximum) {
   }
 }
 
+TEST(LiveDelivery, DrawingInTheDeliveryPassGivesWhatDrawingAfterwardsGives) {
+  // One arena per run holds the frame, four planes (first row 1) and the
+  // display; a run delivering and then drawing and a run doing both in one
+  // pass must leave every byte of it the same.
+  struct Case {
+    const char* what;
+    bool bgr;
+    int32_t frameWidth, frameHeight, planeWidth, planeHeight, widthMax, heightMax;
+    bool colourPlanes, colourDisplay;
+    int32_t colourFirstRow;  // the colour planes' own first row for the display
+    bool displayInBluePlane;
+    bool fused;  // whether any of it can be drawn in the delivery pass
+  };
+  const Case cases[] = {
+      {"BGR8, colour planes and display", true, 100, 6, 100, 6, 100, 6, true, true, 1, false, true},
+      {"BGR8, colour planes, grey display", true, 100, 6, 100, 6, 100, 6, true, false, 1, false,
+       true},
+      {"BGR8 into grey, grey display", true, 100, 6, 100, 6, 100, 6, false, false, 1, false, true},
+      {"Mono8 into colour planes and display", false, 100, 6, 100, 6, 100, 6, true, true, 1, false,
+       true},
+      {"frame smaller than the planes", true, 70, 4, 100, 6, 100, 6, true, true, 1, false, true},
+      {"camera maximum smaller than the frame", true, 100, 6, 100, 6, 67, 5, true, true, 1, false,
+       true},
+      {"colour display from rows the delivery did not write", true, 100, 6, 100, 6, 100, 6, true,
+       true, 2, false, false},
+      {"colour display without colour planes delivered", true, 100, 6, 100, 6, 100, 6, false, true,
+       1, false, false},
+      {"display inside a plane", true, 100, 6, 100, 6, 100, 6, true, true, 1, true, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const int32_t pitch = c.planeWidth + 3, planeRows = c.planeHeight + 2;
+    const int32_t stride = c.planeWidth + 2;
+    const size_t frameBytes = size_t(c.frameWidth) * c.frameHeight * (c.bgr ? 3 : 1);
+    const size_t planeBytes = size_t(pitch) * planeRows, displayBytes = 4u * stride * planeRows;
+    const size_t arenaBytes = frameBytes + 4 * planeBytes + displayBytes + 64;
+
+    struct Run {
+      std::vector<uint32_t> words;  // 4-byte aligned for the display
+      SourceFrame frame;
+      HostPlanes planes;
+      LiveDisplaySource source;
+    };
+    const auto layOut = [&](Run& run) {
+      run.words.resize(arenaBytes / 4 + 1);
+      auto* arena = reinterpret_cast<uint8_t*>(run.words.data());
+      for (size_t i = 0; i < arenaBytes; ++i) arena[i] = static_cast<uint8_t>(i * 37 + 11);
+      uint8_t* plane[4];
+      for (int k = 0; k < 4; ++k) plane[k] = arena + frameBytes + k * planeBytes;
+      auto* display = reinterpret_cast<uint32_t*>(
+          c.displayInBluePlane ? plane[3] + 8 : arena + (frameBytes + 4 * planeBytes + 3) / 4 * 4);
+      run.frame = {arena, frameBytes, c.frameWidth, c.frameHeight, c.bgr};
+      run.planes = {plane[0] + pitch,
+                    plane[1] + pitch,
+                    plane[2] + pitch,
+                    plane[3] + pitch,
+                    c.planeWidth,
+                    c.planeHeight,
+                    pitch,
+                    c.colourPlanes};
+      run.source = {.grey = {plane[0], 1},
+                    .width = c.planeWidth,
+                    .height = c.planeHeight,
+                    .pitch = pitch,
+                    .widthMax = c.widthMax,
+                    .heightMax = c.heightMax,
+                    .colour = c.colourDisplay,
+                    .red = {plane[1], c.colourFirstRow},
+                    .green = {plane[2], c.colourFirstRow},
+                    .blue = {plane[3], c.colourFirstRow},
+                    .display = display,
+                    .displayStride = stride};
+    };
+    Run after, together;
+    layOut(after);
+    layOut(together);
+    const CopyRegion region = DeliveryRegion(after.frame, after.planes, c.widthMax, c.heightMax);
+    ConvertFrame(after.frame, after.planes, region);
+    DrawLiveDisplay(after.source);
+    const LiveDisplayPlan plan = PlanLiveDisplay(together.source);
+    EXPECT_EQ(FusableDisplay(together.frame, together.planes, region, plan).pixels != nullptr,
+              c.fused);
+    DeliverLiveFrame(together.frame, together.planes, region, plan);
+    EXPECT_TRUE(after.words == together.words);
+  }
+}
 }  // namespace
 }  // namespace tavro::camera
