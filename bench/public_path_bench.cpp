@@ -23,6 +23,7 @@
 #include <thread>
 #include <vector>
 
+#include "camera/pixel_conversion.h"
 #include "host/host_image.h"
 #include "host/plugin.h"
 #include "host/records.h"
@@ -156,6 +157,36 @@ class FrameCopy {
   std::vector<uint8_t> from_, to_;
 };
 
+// The conversion kernel alone on a frame of the same size into planes of
+// the same size, timed; the public path's delivery is compared with it.
+class KernelOnly {
+ public:
+  explicit KernelOnly(bool colour)
+      : frame_(kFrameBytes),
+        grey_(size_t{kWidth} * kHeight),
+        red_(grey_.size()),
+        green_(grey_.size()),
+        blue_(grey_.size()),
+        colour_(colour) {
+    for (size_t i = 0; i < frame_.size(); ++i) frame_[i] = static_cast<uint8_t>(i * 31 + (i >> 11));
+  }
+  double Time() {
+    const tavro::camera::SourceFrame frame{frame_.data(), frame_.size(), kWidth, kHeight, true};
+    const tavro::camera::HostPlanes planes{grey_.data(), red_.data(), green_.data(), blue_.data(),
+                                           kWidth,       kHeight,     kWidth,        colour_};
+    const auto start = Clock::now();
+    tavro::camera::ConvertFrame(frame, planes,
+                                tavro::camera::DeliveryRegion(frame, planes, kWidth, kHeight));
+    benchmark::DoNotOptimize(grey_.data());
+    benchmark::ClobberMemory();
+    return Microseconds(Clock::now() - start);
+  }
+
+ private:
+  std::vector<uint8_t> frame_, grey_, red_, green_, blue_;
+  bool colour_;
+};
+
 void Acquire(CamImage& image, tavro_host::CameraSystem& system) {
   uint32_t status = 0;
   if (Plugin().acquire(&image, 1, 0, &status, &system.record()) != 0) {
@@ -164,13 +195,15 @@ void Acquire(CamImage& image, tavro_host::CameraSystem& system) {
 }
 
 // Per iteration: one acquisition into full-size planes (the time of the
-// row), one into a 16 x 2 grey plane, one memcpy of the frame.
+// row), one into a 16 x 2 grey plane, one memcpy of the frame and one run
+// of the conversion kernel alone.
 void PublicAcquire(benchmark::State& state, bool colour) {
   tavro_host::CameraSystem& system = System();
   tavro_host::HostImage full(0, kWidth, kHeight, colour);
   tavro_host::HostImage tiny(0, 16, 2, false);
   FrameCopy copy;
-  std::vector<double> fullTimes, tinyTimes, copyTimes;
+  KernelOnly kernel(colour);
+  std::vector<double> fullTimes, tinyTimes, copyTimes, kernelTimes;
   for (auto _ : state) {
     const auto start = Clock::now();
     Acquire(full.image, system);
@@ -179,14 +212,18 @@ void PublicAcquire(benchmark::State& state, bool colour) {
     tinyTimes.push_back(Microseconds(Clock::now() - fullDone));
     fullTimes.push_back(Microseconds(fullDone - start));
     copyTimes.push_back(copy.Time());
+    kernelTimes.push_back(kernel.Time());
     state.SetIterationTime(std::chrono::duration<double>(fullDone - start).count());
   }
-  const double fullUs = Median(fullTimes), tinyUs = Median(tinyTimes), copyUs = Median(copyTimes);
+  const double fullUs = Median(fullTimes), tinyUs = Median(tinyTimes), copyUs = Median(copyTimes),
+               kernelUs = Median(kernelTimes);
   state.counters["full_us"] = fullUs;
   state.counters["tiny_us"] = tinyUs;
   state.counters["delivery_us"] = fullUs - tinyUs;
   state.counters["memcpy_us"] = copyUs;
+  state.counters["kernel_us"] = kernelUs;
   state.counters["delivery_x_memcpy"] = (fullUs - tinyUs) / copyUs;
+  state.counters["delivery_x_kernel"] = (fullUs - tinyUs) / kernelUs;
 }
 
 void BM_PublicAcquireBgr8IntoGreyAndColour(benchmark::State& state) {
