@@ -1,33 +1,31 @@
 #include "camera/live_display.h"
 
 #include <algorithm>
-#include <cstddef>
 
 namespace tavro::camera {
 
 LiveDisplayPlan PlanLiveDisplay(const LiveDisplaySource& source) {
   LiveDisplayPlan plan;
-  if (source.display == nullptr) return plan;
-  const ptrdiff_t pitch = source.pitch;
+  if (source.display == nullptr || source.grey == nullptr) return plan;
+  if (source.displayStride <= 0 || source.displayFirstRow < 0 || source.pitch <= 0) return plan;
   DisplayArea area;
-  area.columns = std::min(source.width, source.widthMax);
+  // A display row holds `displayStride` pixels; drawing more would run into
+  // the next row and, on the last one, past the buffer.
+  area.columns = std::min({source.width, source.widthMax, source.displayStride});
   area.rows = std::min(source.height, source.heightMax);
   area.stride = source.displayStride;
-  area.pixels = source.display + ptrdiff_t{source.grey.firstRow} * source.displayStride;
+  area.pixels = source.display + ptrdiff_t{source.displayFirstRow} * source.displayStride;
   if (area.columns <= 0 || area.rows <= 0) return plan;
 
-  const auto rowStart = [pitch](const LivePlane& plane) -> const uint8_t* {
-    return plane.bits != nullptr ? plane.bits + pitch * plane.firstRow : nullptr;
-  };
   plan.area = area;
-  plan.pitch = pitch;
-  plan.colour = source.colour && source.red.bits && source.green.bits && source.blue.bits;
+  plan.pitch = source.pitch;
+  plan.colour = source.colour && source.red && source.green && source.blue;
   if (plan.colour) {
-    plan.red = rowStart(source.red);
-    plan.green = rowStart(source.green);
-    plan.blue = rowStart(source.blue);
+    plan.red = source.red;
+    plan.green = source.green;
+    plan.blue = source.blue;
   } else {
-    plan.grey = rowStart(source.grey);
+    plan.grey = source.grey;
   }
   return plan;
 }
