@@ -233,43 +233,21 @@ void BM_PublicAcquireBgr8IntoGrey(benchmark::State& state) {
   PublicAcquire(state, false);
 }
 
-// A host image with the live display the host shows: a 32-bit buffer with
-// the view and display objects the plug-in reports new frames through.
-struct LiveImage : tavro_host::HostImage {
-  HostDisplay display{};
-  HostView view{};
-  LiveBuffer buffer{};
-  std::vector<uint32_t> pixels;
-
-  explicit LiveImage(bool colourDisplay) : HostImage(0, kWidth, kHeight, colourDisplay) {
-    buffer.iStride = kWidth;
-    pixels.assign(size_t{kWidth} * kHeight, 0);
-    buffer.plPixels = pixels.data();
-    image.ptLiveBuffer = &buffer;
-    view.ptDisplay = &display;
-    view.yColourDisplay = colourDisplay ? 1 : 0;
-    image.qwColourDisplay = colourDisplay ? 1 : 0;
-    info.ptHostView = &view;
+// Waits for the plug-in's worker to report a frame, and takes the report.
+void TakeNewFrame(tavro_host::LiveImage& live) {
+  const auto deadline = Clock::now() + std::chrono::seconds(10);
+  while (!live.TakeNewFrame()) {
+    if (Clock::now() > deadline) throw std::runtime_error("no live frame within 10 s");
+    std::this_thread::yield();
   }
-
-  // Waits for the plug-in's worker to report a frame, and takes the report.
-  void TakeNewFrame() {
-    std::atomic_ref<uint32_t> flag(display.yNewLiveFrame);
-    const auto deadline = Clock::now() + std::chrono::seconds(10);
-    while (flag.load(std::memory_order_acquire) == 0) {
-      if (Clock::now() > deadline) throw std::runtime_error("no live frame within 10 s");
-      std::this_thread::yield();
-    }
-    flag.store(0, std::memory_order_relaxed);
-  }
-};
+}
 
 // Live acquisition into full-size planes and the display: one iteration per
 // frame the host is told about. The memcpy is timed before the run, so that
 // it does not take memory bandwidth from the worker.
 void PublicLive(benchmark::State& state, bool colour) {
   tavro_host::CameraSystem& system = System();
-  LiveImage live(colour);
+  tavro_host::LiveImage live(0, kWidth, kHeight, colour);
   FrameCopy copy;
   std::vector<double> copyTimes;
   for (int k = 0; k < 21; ++k) copyTimes.push_back(copy.Time());
@@ -278,9 +256,9 @@ void PublicLive(benchmark::State& state, bool colour) {
     state.SkipWithError("live start failed");
     return;
   }
-  live.TakeNewFrame();  // the first frame carries the start-up
+  TakeNewFrame(live);  // the first frame carries the start-up
   const auto start = Clock::now();
-  for (auto _ : state) live.TakeNewFrame();
+  for (auto _ : state) TakeNewFrame(live);
   const double elapsedUs = Microseconds(Clock::now() - start);
   Plugin().liveAcquire(&live.image, 0, 0, &status, &system.record());
   const double frameUs = elapsedUs / static_cast<double>(state.iterations());
