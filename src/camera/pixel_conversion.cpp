@@ -38,15 +38,27 @@ void ConvertFrame(const SourceFrame& frame, const HostPlanes& planes, CopyRegion
   const bool colour = planes.colour && planes.red && planes.green && planes.blue;
   const PixelKernels& kernels = Kernels();
   const auto kernel = frame.bgr ? kernels.bgrRow : kernels.monoRow;
-  const size_t columns = static_cast<size_t>(region.columns);
-  const size_t shown = display.pixels != nullptr
-                           ? static_cast<size_t>(std::clamp(display.columns, 0, region.columns))
-                           : 0;
+  size_t columns = static_cast<size_t>(region.columns);
+  size_t shown = display.pixels != nullptr
+                     ? static_cast<size_t>(std::clamp(display.columns, 0, region.columns))
+                     : 0;
+  int32_t rows = region.rows;
 
   const ptrdiff_t sourceStride =
       static_cast<ptrdiff_t>(frame.width) * static_cast<ptrdiff_t>(BytesPerPixel(frame));
   const ptrdiff_t pitch = planes.pitch;
-  for (int32_t y = 0; y < region.rows; ++y) {
+  // Rows that follow each other without a gap in the frame, the planes and
+  // the display make one long row: a single block copy for "Mono8", and
+  // no row ends for the vector steps.
+  const bool displayWhole = display.pixels == nullptr ||
+                            (shown == columns && display.rows >= rows && display.stride == pitch);
+  if (sourceStride == static_cast<ptrdiff_t>(columns * BytesPerPixel(frame)) &&
+      pitch == region.columns && displayWhole) {
+    columns *= static_cast<size_t>(rows);
+    shown = display.pixels != nullptr ? columns : 0;
+    rows = 1;
+  }
+  for (int32_t y = 0; y < rows; ++y) {
     const ptrdiff_t offset = pitch * y;
     RowOutput row;
     row.grey = planes.grey + offset;

@@ -181,28 +181,34 @@ TEST(LiveDelivery, DrawingInTheDeliveryPassGivesWhatDrawingAfterwardsGives) {
     bool colourPlanes, colourDisplay;
     int32_t colourFirstRow;  // the row of the colour planes the display starts at
     bool displayInBluePlane;
-    bool fused;  // whether any of it can be drawn in the delivery pass
+    bool fused;    // whether any of it can be drawn in the delivery pass
+    bool gapFree;  // plane pitch and display stride equal to the frame's width
   };
   const Case cases[] = {
-      {"BGR8, colour planes and display", true, 100, 6, 100, 6, 100, 6, true, true, 1, false, true},
+      {"gap-free rows, colour", true, 100, 6, 100, 6, 100, 6, true, true, 1, false, true, true},
+      {"gap-free rows, Mono8", false, 100, 6, 100, 6, 100, 6, false, false, 1, false, true, true},
+      {"BGR8, colour planes and display", true, 100, 6, 100, 6, 100, 6, true, true, 1, false, true,
+       false},
       {"BGR8, colour planes, grey display", true, 100, 6, 100, 6, 100, 6, true, false, 1, false,
-       true},
-      {"BGR8 into grey, grey display", true, 100, 6, 100, 6, 100, 6, false, false, 1, false, true},
+       true, false},
+      {"BGR8 into grey, grey display", true, 100, 6, 100, 6, 100, 6, false, false, 1, false, true,
+       false},
       {"Mono8 into colour planes and display", false, 100, 6, 100, 6, 100, 6, true, true, 1, false,
-       true},
-      {"frame smaller than the planes", true, 70, 4, 100, 6, 100, 6, true, true, 1, false, true},
+       true, false},
+      {"frame smaller than the planes", true, 70, 4, 100, 6, 100, 6, true, true, 1, false, true,
+       false},
       {"camera maximum smaller than the frame", true, 100, 6, 100, 6, 67, 5, true, true, 1, false,
-       true},
+       true, false},
       {"colour display from rows the delivery did not write", true, 100, 6, 100, 6, 100, 6, true,
-       true, 2, false, false},
+       true, 2, false, false, false},
       {"colour display without colour planes delivered", true, 100, 6, 100, 6, 100, 6, false, true,
-       1, false, false},
-      {"display inside a plane", true, 100, 6, 100, 6, 100, 6, true, true, 1, true, false},
+       1, false, false, false},
+      {"display inside a plane", true, 100, 6, 100, 6, 100, 6, true, true, 1, true, false, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    const int32_t pitch = c.planeWidth + 3, planeRows = c.planeHeight + 2;
-    const int32_t stride = c.planeWidth + 2;
+    const int32_t pitch = c.planeWidth + (c.gapFree ? 0 : 3), planeRows = c.planeHeight + 2;
+    const int32_t stride = c.planeWidth + (c.gapFree ? 0 : 2);
     const size_t frameBytes = size_t(c.frameWidth) * c.frameHeight * (c.bgr ? 3 : 1);
     const size_t planeBytes = size_t(pitch) * planeRows, displayBytes = 4u * stride * planeRows;
     const size_t arenaBytes = frameBytes + 4 * planeBytes + displayBytes + 64;

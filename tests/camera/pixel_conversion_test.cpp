@@ -148,6 +148,48 @@ TEST(PixelKernels, RowEndsAndUnalignedRowsWriteExactlyTheirPixels) {
   }
 }
 
+TEST(FrameConversion, PlanesHoldTheRegionWhetherRowsAreGapFreeOrNot) {
+  // Rows without gaps on both sides are converted as one long row; a pitch
+  // or a frame wider than the region keeps them apart. Either way each
+  // plane pixel in the region follows the definition and the rest stays.
+  struct Case {
+    const char* what;
+    bool bgr;
+    int32_t frameWidth, planeWidth, pitch;
+  };
+  const Case cases[] = {{"BGR8, gap-free", true, 37, 37, 37},
+                        {"Mono8, gap-free", false, 70, 70, 70},
+                        {"BGR8, pitch wider", true, 37, 37, 40},
+                        {"Mono8, frame wider than the plane", false, 70, 64, 64}};
+  constexpr int32_t kRows = 5;
+  constexpr uint8_t kFill = 0xA5;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const int32_t bytesPerPixel = c.bgr ? 3 : 1;
+    std::vector<uint8_t> data(size_t(c.frameWidth) * kRows * bytesPerPixel);
+    for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<uint8_t>(i * 151 + 7);
+    std::vector<uint8_t> grey(size_t(c.pitch) * (kRows + 1), kFill), red(grey), green(grey),
+        blue(grey);
+    const SourceFrame frame{data.data(), data.size(), c.frameWidth, kRows, c.bgr};
+    const HostPlanes planes{grey.data(),  red.data(), green.data(), blue.data(),
+                            c.planeWidth, kRows,      c.pitch,      true};
+    ConvertFrame(frame, planes, DeliveryRegion(frame, planes, c.frameWidth, kRows));
+    for (size_t i = 0; i < grey.size(); ++i) {
+      const size_t x = i % c.pitch, y = i / c.pitch;
+      uint8_t r = kFill, g = kFill, b = kFill, luma = kFill;
+      if (x < size_t(c.planeWidth) && y < kRows) {
+        const uint8_t* pixel = &data[(y * c.frameWidth + x) * bytesPerPixel];
+        r = g = b = luma = pixel[0];
+        if (c.bgr) b = pixel[0], g = pixel[1], r = pixel[2], luma = GreyFromRgb(r, g, b);
+      }
+      ASSERT_EQ(grey[i], luma) << x << "," << y;
+      ASSERT_EQ(red[i], r) << x << "," << y;
+      ASSERT_EQ(green[i], g) << x << "," << y;
+      ASSERT_EQ(blue[i], b) << x << "," << y;
+    }
+  }
+}
+
 TEST(FrameConversion, RegionIsBoundedByPlaneLimitAndBuffer) {
   struct Case {
     const char* what;
