@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "camera/display_drawing.h"
+#include "camera/live_delivery.h"
 #include "camera/pixel_conversion.h"
 
 namespace {
@@ -98,6 +99,53 @@ void BM_LiveDisplayColour(benchmark::State& state) {
   }
 }
 
+// A copy of the live display's bytes, for the display rows beside it.
+void BM_MemcpyDisplay(benchmark::State& state) {
+  std::vector<uint32_t> from(size_t{kWidth} * kHeight, 1), to(from.size());
+  for (auto _ : state) {
+    std::memcpy(to.data(), from.data(), from.size() * sizeof(uint32_t));
+    benchmark::DoNotOptimize(to.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+// A live "BGR8" frame into grey and colour planes with the colour display:
+// in one pass, and in two (delivery, then drawing from the planes). The two
+// rows share their working set, unlike the delivery and display rows above.
+void LiveBgr8WithColourDisplay(benchmark::State& state, bool onePass) {
+  const std::vector<uint8_t> data = Frame(true);
+  const tavro::camera::SourceFrame frame{data.data(), data.size(), kWidth, kHeight, true};
+  Planes planes;
+  const tavro::camera::HostPlanes view = planes.View(true);
+  std::vector<uint32_t> display(planes.grey.size());
+  tavro::camera::LiveDisplayPlan plan;
+  plan.area = {display.data(), kWidth, kWidth, kHeight};
+  plan.colour = true;
+  plan.red = planes.red.data();
+  plan.green = planes.green.data();
+  plan.blue = planes.blue.data();
+  plan.pitch = kWidth;
+  const tavro::camera::CopyRegion region =
+      tavro::camera::DeliveryRegion(frame, view, kWidth, kHeight);
+  for (auto _ : state) {
+    if (onePass) {
+      tavro::camera::DeliverLiveFrame(frame, view, region, plan);
+    } else {
+      tavro::camera::ConvertFrame(frame, view, region);
+      tavro::camera::DrawLiveDisplay(plan);
+    }
+    benchmark::DoNotOptimize(display.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+void BM_LiveBgr8WithColourDisplayOnePass(benchmark::State& state) {
+  LiveBgr8WithColourDisplay(state, true);
+}
+void BM_LiveBgr8WithColourDisplayTwoPasses(benchmark::State& state) {
+  LiveBgr8WithColourDisplay(state, false);
+}
+
 BENCHMARK(BM_DeliverBgr8IntoGreyAndColour)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_DeliverBgr8IntoGrey)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MemcpyBgr8Frame)->Unit(benchmark::kMicrosecond);
@@ -105,5 +153,8 @@ BENCHMARK(BM_DeliverMono8IntoGrey)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MemcpyMono8Frame)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LiveDisplayGrey)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LiveDisplayColour)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MemcpyDisplay)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_LiveBgr8WithColourDisplayOnePass)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_LiveBgr8WithColourDisplayTwoPasses)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <png.h>
 
+#include <atomic>
 #include <csetjmp>
 #include <cstdio>
 #include <memory>
@@ -41,6 +42,25 @@ HostImage::HostImage(int16_t cameraId, int32_t width, int32_t height, bool colou
 std::vector<const Plane*> HostImage::planes() const {
   if (colour) return {&red, &green, &blue};
   return {&grey};
+}
+
+LiveImage::LiveImage(int16_t cameraId, int32_t width, int32_t height, bool colourDisplay)
+    : HostImage(cameraId, width, height, colourDisplay) {
+  buffer.iStride = width;
+  pixels.assign(static_cast<size_t>(width) * (grey.info.iFirstRow + height), 0);
+  buffer.plPixels = pixels.data();
+  image.ptLiveBuffer = &buffer;
+  view.ptDisplay = &display;
+  view.yColourDisplay = colourDisplay ? 1 : 0;
+  image.qwColourDisplay = colourDisplay ? 1 : 0;
+  info.ptHostView = &view;
+}
+
+bool LiveImage::TakeNewFrame() {
+  std::atomic_ref<uint32_t> flag(display.yNewLiveFrame);
+  if (flag.load(std::memory_order_acquire) == 0) return false;
+  flag.store(0, std::memory_order_relaxed);
+  return true;
 }
 
 void WritePng(const std::string& path, int32_t width, int32_t height, bool rgb,

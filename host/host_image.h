@@ -39,6 +39,25 @@ struct HostImage {
   std::vector<const Plane*> planes() const;
 };
 
+// A host image with a live display: the 32-bit buffer, as tall as the
+// planes' memory since the display starts at their first row, and the view
+// and display objects the plug-in reports new frames through.
+struct LiveImage : HostImage {
+  HostDisplay display{};
+  HostView view{};
+  LiveBuffer buffer{};
+  std::vector<uint32_t> pixels;
+
+  LiveImage(int16_t cameraId, int32_t width, int32_t height, bool colourDisplay);
+
+  // Reads and clears the flag that the plug-in's worker sets.
+  bool TakeNewFrame();
+
+  uint32_t DisplayPixel(int32_t x, int32_t y) const {
+    return pixels[static_cast<size_t>(buffer.iStride) * (grey.info.iFirstRow + y) + x];
+  }
+};
+
 // Fills `row` (width pixels of 1 or 3 bytes) with image row `y`.
 using RowFiller = std::function<void(int32_t y, uint8_t* row)>;
 

@@ -1,7 +1,6 @@
 // tavro-host live: live acquisition on one camera for a number of frames or
 // seconds, with a progress line, then the live display saved as a PNG.
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -96,40 +95,6 @@ LiveOptions ParseOptions(const Arguments& arguments, bool& help) {
   if (options.frames == 0 && options.seconds == 0) options.frames = kDefaultFrames;
   return options;
 }
-
-// A host image with a live display: the 32-bit buffer, as tall as the
-// planes' memory since the display starts at their first row, and the view
-// and display objects the plug-in reports new frames through.
-struct LiveImage : HostImage {
-  HostDisplay display{};
-  HostView view{};
-  LiveBuffer buffer{};
-  std::vector<uint32_t> pixels;
-
-  LiveImage(int16_t cameraId, int32_t width, int32_t height, bool colourDisplay)
-      : HostImage(cameraId, width, height, colourDisplay) {
-    buffer.iStride = width;
-    pixels.assign(static_cast<size_t>(width) * (grey.info.iFirstRow + height), 0);
-    buffer.plPixels = pixels.data();
-    image.ptLiveBuffer = &buffer;
-    view.ptDisplay = &display;
-    view.yColourDisplay = colourDisplay ? 1 : 0;
-    image.qwColourDisplay = colourDisplay ? 1 : 0;
-    info.ptHostView = &view;
-  }
-
-  // Reads and clears the flag that the plug-in's worker sets.
-  bool TakeNewFrame() {
-    std::atomic_ref<uint32_t> flag(display.yNewLiveFrame);
-    if (flag.load(std::memory_order_acquire) == 0) return false;
-    flag.store(0, std::memory_order_relaxed);
-    return true;
-  }
-
-  uint32_t DisplayPixel(int32_t x, int32_t y) const {
-    return pixels[static_cast<size_t>(buffer.iStride) * (grey.info.iFirstRow + y) + x];
-  }
-};
 
 void WriteDisplayPng(const std::string& path, const LiveImage& live) {
   WritePng(path, live.width(), live.height(), true, [&](int32_t y, uint8_t* row) {

@@ -3,7 +3,7 @@
 # need, and nothing when they are all present already.
 set -euo pipefail
 packages=(cmake g++ make pkg-config ccache clang-format
-          libgtest-dev libgmock-dev libbenchmark-dev libpng-dev nlohmann-json3-dev)
+          libgtest-dev libgmock-dev libbenchmark-dev libhwy-dev libpng-dev nlohmann-json3-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

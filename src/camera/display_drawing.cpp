@@ -1,6 +1,8 @@
 #include "camera/display_drawing.h"
 
-#include <emmintrin.h>
+#include <algorithm>
+
+#include "camera/pixel_kernels.h"
 
 namespace tavro::camera {
 namespace {
@@ -11,49 +13,6 @@ bool Overlap(const void* a, size_t aBytes, const void* b, size_t bBytes) {
   const auto first = reinterpret_cast<uintptr_t>(a);
   const auto second = reinterpret_cast<uintptr_t>(b);
   return first < second + bBytes && second < first + aBytes;
-}
-
-void DrawColourRowScalar(const uint8_t* red, const uint8_t* green, const uint8_t* blue,
-                         uint32_t* display, size_t from, size_t to) {
-  for (size_t x = from; x < to; ++x) display[x] = DisplayPixel(red[x], green[x], blue[x]);
-}
-
-// Eight pixels per step: widen the bytes to 16 bits, put green above blue,
-// then interleave with red to get red << 16 | green << 8 | blue.
-size_t DrawColourRowVector(const uint8_t* red, const uint8_t* green, const uint8_t* blue,
-                           uint32_t* display, size_t pixels) {
-  const __m128i zero = _mm_setzero_si128();
-  size_t x = 0;
-  for (; x + 8 <= pixels; x += 8) {
-    const __m128i r =
-        _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(red + x)), zero);
-    const __m128i g =
-        _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(green + x)), zero);
-    const __m128i b =
-        _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(blue + x)), zero);
-    const __m128i greenBlue = _mm_or_si128(_mm_slli_epi16(g, 8), b);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(display + x), _mm_unpacklo_epi16(greenBlue, r));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(display + x + 4), _mm_unpackhi_epi16(greenBlue, r));
-  }
-  return x;
-}
-
-// Sixteen pixels per step: each grey byte paired with itself gives green and
-// blue, widened with zero above it gives red, as the table's entries are.
-size_t DrawGreyRowVector(const uint8_t* grey, uint32_t* display, size_t pixels) {
-  const __m128i zero = _mm_setzero_si128();
-  size_t x = 0;
-  for (; x + 16 <= pixels; x += 16) {
-    const __m128i g = _mm_loadu_si128(reinterpret_cast<const __m128i*>(grey + x));
-    const __m128i pairsLow = _mm_unpacklo_epi8(g, g), pairsHigh = _mm_unpackhi_epi8(g, g);
-    const __m128i wideLow = _mm_unpacklo_epi8(g, zero), wideHigh = _mm_unpackhi_epi8(g, zero);
-    auto* out = reinterpret_cast<__m128i*>(display + x);
-    _mm_storeu_si128(out, _mm_unpacklo_epi16(pairsLow, wideLow));
-    _mm_storeu_si128(out + 1, _mm_unpackhi_epi16(pairsLow, wideLow));
-    _mm_storeu_si128(out + 2, _mm_unpacklo_epi16(pairsHigh, wideHigh));
-    _mm_storeu_si128(out + 3, _mm_unpackhi_epi16(pairsHigh, wideHigh));
-  }
-  return x;
 }
 
 }  // namespace
@@ -67,41 +26,55 @@ const std::array<uint32_t, 256>& GreyDisplayTable() {
   return table;
 }
 
+namespace {
+
+// The part of row y still to draw: from `first`, `count` pixels.
+struct RowPart {
+  size_t first;
+  size_t count;
+};
+
+RowPart ToDraw(const DisplayArea& area, int32_t y) {
+  const int32_t first = y < area.drawnRows ? std::clamp(area.drawnColumns, 0, area.columns) : 0;
+  return {static_cast<size_t>(first), static_cast<size_t>(area.columns - first)};
+}
+
+}  // namespace
+
 void DrawGrey(const uint8_t* grey, ptrdiff_t pitch, const DisplayArea& area) {
-  if (grey == nullptr || area.pixels == nullptr) return;
-  if (area.columns <= 0) return;
+  if (grey == nullptr || area.pixels == nullptr || area.columns <= 0) return;
   const uint32_t* table = GreyDisplayTable().data();
-  const auto pixels = static_cast<size_t>(area.columns);
+  const auto draw = Kernels().greyDisplayRow;
   for (int32_t y = 0; y < area.rows; ++y) {
-    const uint8_t* source = grey + pitch * y;
-    uint32_t* display = area.pixels + area.stride * y;
-    // As for colour: the vector path only where the row cannot overwrite its source.
-    size_t done = 0;
+    const auto [first, pixels] = ToDraw(area, y);
+    const uint8_t* source = grey + pitch * y + first;
+    uint32_t* display = area.pixels + area.stride * y + first;
+    // The wide steps read ahead of what they write; a display row over its
+    // own source must go pixel by pixel to give the sequential result.
     if (!Overlap(display, pixels * sizeof(uint32_t), source, pixels)) {
-      done = DrawGreyRowVector(source, display, pixels);
+      draw(source, display, pixels);
+      continue;
     }
-    for (size_t x = done; x < pixels; ++x) display[x] = table[source[x]];
+    for (size_t x = 0; x < pixels; ++x) display[x] = table[source[x]];
   }
 }
 
 void DrawColour(const uint8_t* red, const uint8_t* green, const uint8_t* blue, ptrdiff_t pitch,
                 const DisplayArea& area) {
   if (!red || !green || !blue || area.pixels == nullptr || area.columns <= 0) return;
-  const auto pixels = static_cast<size_t>(area.columns);
+  const auto draw = Kernels().colourDisplayRow;
   for (int32_t y = 0; y < area.rows; ++y) {
-    const ptrdiff_t offset = pitch * y;
-    uint32_t* display = area.pixels + area.stride * y;
+    const auto [first, pixels] = ToDraw(area, y);
+    const ptrdiff_t offset = pitch * y + static_cast<ptrdiff_t>(first);
+    const uint8_t *r = red + offset, *g = green + offset, *b = blue + offset;
+    uint32_t* display = area.pixels + area.stride * y + first;
     const size_t displayBytes = pixels * sizeof(uint32_t);
-    // The vector path reads a whole step before it writes; it is only taken
-    // when writing the display row cannot change a source byte.
-    const bool separate = !Overlap(display, displayBytes, red + offset, pixels) &&
-                          !Overlap(display, displayBytes, green + offset, pixels) &&
-                          !Overlap(display, displayBytes, blue + offset, pixels);
-    size_t done = 0;
-    if (separate && pixels >= 8) {
-      done = DrawColourRowVector(red + offset, green + offset, blue + offset, display, pixels);
+    if (!Overlap(display, displayBytes, r, pixels) && !Overlap(display, displayBytes, g, pixels) &&
+        !Overlap(display, displayBytes, b, pixels)) {
+      draw(r, g, b, display, pixels);
+      continue;
     }
-    DrawColourRowScalar(red + offset, green + offset, blue + offset, display, done, pixels);
+    for (size_t x = 0; x < pixels; ++x) display[x] = DisplayPixel(r[x], g[x], b[x]);
   }
 }
 

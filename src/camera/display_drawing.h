@@ -16,12 +16,16 @@ inline uint32_t DisplayPixel(uint8_t red, uint8_t green, uint8_t blue) {
 // Entry i is the display pixel of grey value i; built once per process.
 const std::array<uint32_t, 256>& GreyDisplayTable();
 
-// Row pitches in bytes for planes, in pixels for the display.
+// Row pitches in bytes for planes, in pixels for the display. The block of
+// `drawnColumns` x `drawnRows` at the top left was drawn already (in the
+// same pass as the frame's delivery) and is left as it is.
 struct DisplayArea {
   uint32_t* pixels = nullptr;
   ptrdiff_t stride = 0;
   int32_t columns = 0;
   int32_t rows = 0;
+  int32_t drawnColumns = 0;
+  int32_t drawnRows = 0;
 };
 
 void DrawGrey(const uint8_t* grey, ptrdiff_t pitch, const DisplayArea& area);

@@ -5,6 +5,8 @@
 #include <optional>
 #include <stdexcept>
 
+#include "camera/live_delivery.h"
+#include "camera/live_display_callback.h"
 #include "camera/oxel_camera.h"
 #include "camera/pixel_conversion.h"
 #include "oxel/core/buffer.h"
@@ -110,9 +112,17 @@ bool OxelCamera::DeliverFrame() {
   const HostPlanes planes{destination.grey,  destination.red,   destination.green,
                           destination.blue,  destination.width, destination.height,
                           destination.pitch, destination.colour};
-  ConvertFrame(
-      source, planes,
-      DeliveryRegion(source, planes, destination.copyLimitWidth, destination.copyLimitHeight));
+  const CopyRegion region =
+      DeliveryRegion(source, planes, destination.copyLimitWidth, destination.copyLimitHeight);
+  // A live frame is drawn in the delivery's pass where the display shows
+  // the pixels being delivered; the result is that of the callback after it.
+  LiveDisplaySource live;
+  if (frameCallback == &LiveDisplayCallback && LiveDisplayOf(frameCallbackArg, &live)) {
+    DeliverLiveFrame(source, planes, region, PlanLiveDisplay(live));
+    ReportLiveFrame(frameCallbackArg);
+    return true;
+  }
+  ConvertFrame(source, planes, region);
   if (frameCallback != nullptr) frameCallback(frameCallbackArg);
   return true;
 }

@@ -1,15 +1,13 @@
 #include "camera/live_display.h"
 
 #include <algorithm>
-#include <cstddef>
-
-#include "camera/display_drawing.h"
 
 namespace tavro::camera {
 
-void DrawLiveDisplay(const LiveDisplaySource& source) {
-  if (source.display == nullptr || source.grey == nullptr) return;
-  if (source.displayStride <= 0 || source.displayFirstRow < 0 || source.pitch <= 0) return;
+LiveDisplayPlan PlanLiveDisplay(const LiveDisplaySource& source) {
+  LiveDisplayPlan plan;
+  if (source.display == nullptr || source.grey == nullptr) return plan;
+  if (source.displayStride <= 0 || source.displayFirstRow < 0 || source.pitch <= 0) return plan;
   DisplayArea area;
   // A display row holds `displayStride` pixels; drawing more would run into
   // the next row and, on the last one, past the buffer.
@@ -17,14 +15,31 @@ void DrawLiveDisplay(const LiveDisplaySource& source) {
   area.rows = std::min(source.height, source.heightMax);
   area.stride = source.displayStride;
   area.pixels = source.display + ptrdiff_t{source.displayFirstRow} * source.displayStride;
-  if (area.columns <= 0 || area.rows <= 0) return;
+  if (area.columns <= 0 || area.rows <= 0) return plan;
 
-  const ptrdiff_t pitch = source.pitch;
-  if (source.colour && source.red && source.green && source.blue) {
-    DrawColour(source.red, source.green, source.blue, pitch, area);
+  plan.area = area;
+  plan.pitch = source.pitch;
+  plan.colour = source.colour && source.red && source.green && source.blue;
+  if (plan.colour) {
+    plan.red = source.red;
+    plan.green = source.green;
+    plan.blue = source.blue;
   } else {
-    DrawGrey(source.grey, pitch, area);
+    plan.grey = source.grey;
   }
+  return plan;
+}
+
+void DrawLiveDisplay(const LiveDisplayPlan& plan) {
+  if (plan.colour) {
+    DrawColour(plan.red, plan.green, plan.blue, plan.pitch, plan.area);
+  } else {
+    DrawGrey(plan.grey, plan.pitch, plan.area);
+  }
+}
+
+void DrawLiveDisplay(const LiveDisplaySource& source) {
+  DrawLiveDisplay(PlanLiveDisplay(source));
 }
 
 }  // namespace tavro::camera

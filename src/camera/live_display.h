@@ -6,7 +6,10 @@
 // LiveDisplaySource; the drawing itself knows no record layout.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+
+#include "camera/display_drawing.h"
 
 namespace tavro::camera {
 
@@ -29,10 +32,26 @@ struct LiveDisplaySource {
   int32_t displayFirstRow = 0;  // the display starts at this row of the buffer
 };
 
-// Draws the planes' size, cut to the camera's maximum and to the display's
-// stride, from row `displayFirstRow` of the display on. Nothing is drawn
-// into a display whose stride or first row is not positive or zero: rows
-// going upwards are not supported.
+// What DrawLiveDisplay draws: the display area and the plane rows it shows
+// (row 0 of the image in each plane), grey or colour.
+struct LiveDisplayPlan {
+  DisplayArea area;
+  bool colour = false;
+  const uint8_t* grey = nullptr;
+  const uint8_t* red = nullptr;
+  const uint8_t* green = nullptr;
+  const uint8_t* blue = nullptr;
+  ptrdiff_t pitch = 0;
+};
+
+// The planes' size, cut to the camera's maximum and to the display's
+// stride, from row `displayFirstRow` of the display on. Nothing (an empty
+// area) for a display whose stride or first row is not positive or zero:
+// rows going upwards are not supported.
+LiveDisplayPlan PlanLiveDisplay(const LiveDisplaySource& source);
+
+void DrawLiveDisplay(const LiveDisplayPlan& plan);
+
 void DrawLiveDisplay(const LiveDisplaySource& source);
 
 }  // namespace tavro::camera

@@ -46,8 +46,22 @@ struct CopyRegion {
 CopyRegion DeliveryRegion(const SourceFrame& frame, const HostPlanes& planes,
                           int32_t copyLimitWidth, int32_t copyLimitHeight);
 
+// A live display drawn in the same pass as the delivery, so that the frame
+// is read once: display row y shows plane row y, from the colour bytes when
+// `colour`, else from grey, for the top-left `columns` x `rows` of the
+// region. The caller makes sure that this is what drawing the planes
+// afterwards would give (the display shares no memory with frame or planes).
+struct FusedDisplay {
+  uint32_t* pixels = nullptr;
+  ptrdiff_t stride = 0;  // in pixels
+  int32_t columns = 0;
+  int32_t rows = 0;
+  bool colour = false;
+};
+
 // Writes the region row by row: a block copy per row and plane where the
 // formats match, fixed-point grey where the source is colour.
-void ConvertFrame(const SourceFrame& frame, const HostPlanes& planes, CopyRegion region);
+void ConvertFrame(const SourceFrame& frame, const HostPlanes& planes, CopyRegion region,
+                  const FusedDisplay& display = {});
 
 }  // namespace tavro::camera

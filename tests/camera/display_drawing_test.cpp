@@ -1,11 +1,14 @@
-// Drawing planes into the 32-bit live display.
+// Drawing planes into the 32-bit live display, alone and in the pass that
+// delivers a live frame.
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <vector>
 
 #include "camera/display_drawing.h"
+#include "camera/live_delivery.h"
 #include "camera/live_display.h"
+#include "camera/pixel_kernels.h"
 
 namespace tavro::camera {
 namespace {
@@ -25,24 +28,45 @@ TEST(GreyDisplay, RepeatsTheGreyByteInRedGreenAndBlue) {
                                    {0x00010101, 0x007F7F7F, 0x00808080, kUntouched, kUntouched}};
   for (int y = 0; y < 2; ++y)
     for (int x = 0; x < 5; ++x) EXPECT_EQ(display[y * 5 + x], expected[y][x]) << x << "," << y;
+}
 
-  // Every grey value, in rows of lengths around the sixteen-pixel step.
-  std::vector<uint8_t> values(256 + 40);
-  for (size_t i = 0; i < values.size(); ++i) values[i] = static_cast<uint8_t>(i * 7);
-  for (const int32_t columns : {256, 1, 15, 16, 17, 31, 33, 40}) {
-    std::vector<uint32_t> row(columns + 1, kUntouched);
-    DrawGrey(values.data(), 0, DisplayArea{row.data(), 0, columns, 1});
-    for (int32_t x = 0; x < columns; ++x) {
-      ASSERT_EQ(row[x], GreyDisplayTable()[values[x]]) << "length " << columns << " at " << x;
+TEST(DisplayKernels, EveryInstructionSetDrawsTheDefinedPixelsUpToTheRowEnd) {
+  // Rows up to past two of the widest vectors and one with every grey
+  // value, at every alignment of the planes; the pixel after the row stays.
+  std::vector<uint8_t> red(300 + 3), green(red.size()), blue(red.size());
+  for (size_t i = 0; i < red.size(); ++i) {
+    red[i] = static_cast<uint8_t>(i * 7 + 1);
+    green[i] = static_cast<uint8_t>(i * 13 + 128);
+    blue[i] = static_cast<uint8_t>(255 - i * 5);
+  }
+  std::vector<size_t> lengths(160);
+  for (size_t i = 0; i < lengths.size(); ++i) lengths[i] = i + 1;
+  lengths.push_back(300);
+  for (const PixelKernels& kernels : RunnableKernels()) {
+    for (const size_t pixels : lengths) {
+      for (size_t offset = 0; offset < 4; ++offset) {
+        const uint8_t *r = red.data() + offset, *g = green.data() + offset,
+                      *b = blue.data() + offset;
+        std::vector<uint32_t> grey(pixels + 1, kUntouched), colour(grey);
+        kernels.greyDisplayRow(r, grey.data(), pixels);
+        kernels.colourDisplayRow(r, g, b, colour.data(), pixels);
+        for (size_t x = 0; x < pixels; ++x) {
+          ASSERT_EQ(grey[x], Packed(r[x], r[x], r[x]))
+              << kernels.target << ", " << pixels << " pixels at offset " << offset << ", x " << x;
+          ASSERT_EQ(colour[x], Packed(r[x], g[x], b[x]))
+              << kernels.target << ", " << pixels << " pixels at offset " << offset << ", x " << x;
+        }
+        EXPECT_EQ(grey[pixels], kUntouched) << kernels.target << ", " << pixels;
+        EXPECT_EQ(colour[pixels], kUntouched) << kernels.target << ", " << pixels;
+      }
     }
-    EXPECT_EQ(row[columns], kUntouched) << "length " << columns;
   }
 }
 
-TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
-  // Lengths around the eight-pixel step, with source pitch larger than the
-  // row and a display stride larger than the row.
-  for (int32_t columns = 1; columns <= 27; ++columns) {
+TEST(PlaneDisplay, FollowsPitchAndStrideRowByRow) {
+  // Source pitch and display stride larger than the row, for rows on and
+  // off the vector steps.
+  for (const int32_t columns : {1, 17, 64, 71}) {
     SCOPED_TRACE(columns);
     const int32_t rows = 3, pitch = columns + 5, stride = columns + 3;
     std::vector<uint8_t> red(pitch * rows), green(pitch * rows), blue(pitch * rows);
@@ -51,14 +75,18 @@ TEST(ColourDisplay, EqualsThePixelByPixelDefinitionForEveryRowLength) {
       green[i] = static_cast<uint8_t>(i * 13 + 128);
       blue[i] = static_cast<uint8_t>(255 - i * 5);
     }
-    std::vector<uint32_t> display(stride * rows, kUntouched);
-    DrawColour(red.data(), green.data(), blue.data(), pitch,
-               DisplayArea{display.data(), stride, columns, rows});
+    std::vector<uint32_t> colour(stride * rows, kUntouched), grey(colour);
+    const DisplayArea area{colour.data(), stride, columns, rows};
+    DrawColour(red.data(), green.data(), blue.data(), pitch, area);
+    DrawGrey(green.data(), pitch, DisplayArea{grey.data(), stride, columns, rows});
     for (int32_t y = 0; y < rows; ++y) {
       for (int32_t x = 0; x < stride; ++x) {
         const size_t s = y * pitch + x;
-        const uint32_t expected = x < columns ? Packed(red[s], green[s], blue[s]) : kUntouched;
-        ASSERT_EQ(display[y * stride + x], expected) << x << "," << y;
+        const bool drawn = x < columns;
+        ASSERT_EQ(colour[y * stride + x], drawn ? Packed(red[s], green[s], blue[s]) : kUntouched)
+            << x << "," << y;
+        ASSERT_EQ(grey[y * stride + x], drawn ? Packed(green[s], green[s], green[s]) : kUntouched)
+            << x << "," << y;
       }
     }
   }
@@ -142,5 +170,99 @@ TEST(LiveDisplay, DrawsFromTheFirstRowInsideTheStrideAndTheCameraMaximum) {
   }
 }
 
+TEST(LiveDelivery, DrawingInTheDeliveryPassGivesWhatDrawingAfterwardsGives) {
+  // One arena per run holds the frame, four planes (first row 1) and the
+  // display; a run delivering and then drawing and a run doing both in one
+  // pass must leave every byte of it the same.
+  struct Case {
+    const char* what;
+    bool bgr;
+    int32_t frameWidth, frameHeight, planeWidth, planeHeight, widthMax, heightMax;
+    bool colourPlanes, colourDisplay;
+    int32_t colourFirstRow;  // the row of the colour planes the display starts at
+    bool displayInBluePlane;
+    bool fused;    // whether any of it can be drawn in the delivery pass
+    bool gapFree;  // plane pitch and display stride equal to the frame's width
+  };
+  const Case cases[] = {
+      {"gap-free rows, colour", true, 100, 6, 100, 6, 100, 6, true, true, 1, false, true, true},
+      {"gap-free rows, Mono8", false, 100, 6, 100, 6, 100, 6, false, false, 1, false, true, true},
+      {"BGR8, colour planes and display", true, 100, 6, 100, 6, 100, 6, true, true, 1, false, true,
+       false},
+      {"BGR8, colour planes, grey display", true, 100, 6, 100, 6, 100, 6, true, false, 1, false,
+       true, false},
+      {"BGR8 into grey, grey display", true, 100, 6, 100, 6, 100, 6, false, false, 1, false, true,
+       false},
+      {"Mono8 into colour planes and display", false, 100, 6, 100, 6, 100, 6, true, true, 1, false,
+       true, false},
+      {"frame smaller than the planes", true, 70, 4, 100, 6, 100, 6, true, true, 1, false, true,
+       false},
+      {"camera maximum smaller than the frame", true, 100, 6, 100, 6, 67, 5, true, true, 1, false,
+       true, false},
+      {"colour display from rows the delivery did not write", true, 100, 6, 100, 6, 100, 6, true,
+       true, 2, false, false, false},
+      {"colour display without colour planes delivered", true, 100, 6, 100, 6, 100, 6, false, true,
+       1, false, false, false},
+      {"display inside a plane", true, 100, 6, 100, 6, 100, 6, true, true, 1, true, false, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const int32_t pitch = c.planeWidth + (c.gapFree ? 0 : 3), planeRows = c.planeHeight + 2;
+    const int32_t stride = c.planeWidth + (c.gapFree ? 0 : 2);
+    const size_t frameBytes = size_t(c.frameWidth) * c.frameHeight * (c.bgr ? 3 : 1);
+    const size_t planeBytes = size_t(pitch) * planeRows, displayBytes = 4u * stride * planeRows;
+    const size_t arenaBytes = frameBytes + 4 * planeBytes + displayBytes + 64;
+
+    struct Run {
+      std::vector<uint32_t> words;  // 4-byte aligned for the display
+      SourceFrame frame;
+      HostPlanes planes;
+      LiveDisplaySource source;
+    };
+    const auto layOut = [&](Run& run) {
+      run.words.resize(arenaBytes / 4 + 1);
+      auto* arena = reinterpret_cast<uint8_t*>(run.words.data());
+      for (size_t i = 0; i < arenaBytes; ++i) arena[i] = static_cast<uint8_t>(i * 37 + 11);
+      uint8_t* plane[4];
+      for (int k = 0; k < 4; ++k) plane[k] = arena + frameBytes + k * planeBytes;
+      auto* display = reinterpret_cast<uint32_t*>(
+          c.displayInBluePlane ? plane[3] + 8 : arena + (frameBytes + 4 * planeBytes + 3) / 4 * 4);
+      run.frame = {arena, frameBytes, c.frameWidth, c.frameHeight, c.bgr};
+      run.planes = {plane[0] + pitch,
+                    plane[1] + pitch,
+                    plane[2] + pitch,
+                    plane[3] + pitch,
+                    c.planeWidth,
+                    c.planeHeight,
+                    pitch,
+                    c.colourPlanes};
+      const ptrdiff_t colourRow = ptrdiff_t{c.colourFirstRow} * pitch;
+      run.source = {.grey = plane[0] + pitch,
+                    .width = c.planeWidth,
+                    .height = c.planeHeight,
+                    .pitch = pitch,
+                    .widthMax = c.widthMax,
+                    .heightMax = c.heightMax,
+                    .colour = c.colourDisplay,
+                    .red = plane[1] + colourRow,
+                    .green = plane[2] + colourRow,
+                    .blue = plane[3] + colourRow,
+                    .display = display,
+                    .displayStride = stride,
+                    .displayFirstRow = 1};
+    };
+    Run after, together;
+    layOut(after);
+    layOut(together);
+    const CopyRegion region = DeliveryRegion(after.frame, after.planes, c.widthMax, c.heightMax);
+    ConvertFrame(after.frame, after.planes, region);
+    DrawLiveDisplay(after.source);
+    const LiveDisplayPlan plan = PlanLiveDisplay(together.source);
+    EXPECT_EQ(FusableDisplay(together.frame, together.planes, region, plan).pixels != nullptr,
+              c.fused);
+    DeliverLiveFrame(together.frame, together.planes, region, plan);
+    EXPECT_TRUE(after.words == together.words);
+  }
+}
 }  // namespace
 }  // namespace tavro::camera
