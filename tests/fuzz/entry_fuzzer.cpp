@@ -116,6 +116,7 @@ struct Stats {
   uint64_t faults = 0;
   uint64_t drops = 0;
   uint64_t fullResets = 0;
+  uint64_t slowCalls = 0;  // calls that took over a second
   uint64_t Total() const {
     uint64_t total = 0;
     for (uint64_t c : calls) total += c;
@@ -140,7 +141,8 @@ void PrintStats(const char* when) {
                (unsigned long long)stats.acquireStarted, (unsigned long long)stats.callbacks,
                (unsigned long long)stats.faults, (unsigned long long)stats.drops,
                (unsigned long long)stats.fullResets);
-  std::fprintf(stderr, "tavro-fuzz seconds in calls:");
+  std::fprintf(stderr, "tavro-fuzz calls over 1 s: %llu; seconds in calls:",
+               (unsigned long long)stats.slowCalls);
   for (int c = 0; c < kCalls; ++c)
     std::fprintf(stderr, " %s %.1f", kCallNames[c], stats.seconds[c]);
   std::fprintf(stderr, "\n");
@@ -234,6 +236,9 @@ struct Image {
   // What every record must still hold after a call (the new-frame flag aside).
   std::vector<std::vector<uint8_t>> expected;
   uint8_t flags = 0;  // the input's flags byte, kHas... below
+  // The camera number of an acquisition into this image that has not been
+  // reported finished yet, -1 for none.
+  int32_t pendingCamera = -1;
 
   CamImage& image() { return *camImage.As<CamImage>(); }
   CameraInfo& info() { return *camera.As<CameraInfo>(); }
@@ -399,9 +404,29 @@ int32_t Finished(CamImage* image, uint32_t) {
   ++stats.callbacks;
   if (std::this_thread::get_id() != host.hostThread)
     Finding("finished callback off the host thread");
-  if (host.ImageOf(image) == nullptr)
-    Finding("finished callback with an image the host never gave");
+  Image* ours = host.ImageOf(image);
+  if (ours == nullptr) Finding("finished callback with an image the host never gave");
+  ours->pendingCamera = -1;
   return 0;
+}
+
+std::string Describe(Image& image) {
+  const CamImage& im = image.image();
+  std::string text = "camera id " + std::to_string(image.info().iCamId) + " colour planes " +
+                     std::to_string(image.info().yColourPlanes) + " hw " +
+                     std::to_string(image.info().yHwTrigger) + " aoi " + std::to_string(im.yAoi) +
+                     " (" + std::to_string(im.iAoiLeft) + "," + std::to_string(im.iAoiTop) + "," +
+                     std::to_string(im.iAoiRight) + "," + std::to_string(im.iAoiBottom) + ")";
+  for (Plane& plane : image.planes) {
+    const PlaneInfo& info = plane.info();
+    text += " plane " + std::to_string(info.iWidth) + "x" + std::to_string(info.iHeight) +
+            " pitch " + std::to_string(info.iPitch) + " first " + std::to_string(info.iFirstRow) +
+            " bytes " + std::to_string(plane.pixels.size()) + (info.pBits ? "" : " null");
+  }
+  const LiveBuffer& live = *image.live.As<LiveBuffer>();
+  text += " stride " + std::to_string(live.iStride) + " live bytes " +
+          std::to_string(image.livePixels.size());
+  return text;
 }
 
 void CheckMemory() {
@@ -415,7 +440,7 @@ void CheckMemory() {
       if (!blocks[b]->Intact(&at)) {
         Finding("write outside host memory:", "image " + std::to_string(i) + " block " +
                                                   std::to_string(b) + " offset " +
-                                                  std::to_string(at));
+                                                  std::to_string(at) + ": " + Describe(image));
       }
     }
     const auto records = image.Records();
@@ -488,9 +513,10 @@ int32_t Run(Call call, Work work) {
   host.pulsing = (call == kAcquire || call == kWait) && !host.unpulsedTrigger;
   const int32_t result = work();
   host.pulsing = false;
-  if (Now() - started > 1000000000LL)
-    stats.seconds[call] +=
-        std::chrono::duration<double>(std::chrono::steady_clock::duration(Now() - started)).count();
+  const double took =
+      std::chrono::duration<double>(std::chrono::steady_clock::duration(Now() - started)).count();
+  stats.seconds[call] += took;
+  if (took > 1.0) ++stats.slowCalls;
   callDeadline = 0;
   if (trace) {
     std::fprintf(stderr, "tavro-fuzz call %s -> %d (yLive %u, live camera %d)\n", kCallNames[call],
@@ -558,6 +584,12 @@ void Acquire(Reader& in) {
   });
   CheckStatus(kAcquire, result, status);
   if (result == 0) ++(wait ? stats.acquired : stats.acquireStarted);
+  // Whatever did not end with a report may still write into the image.
+  if (!(which & 0x80) && !(result == 0 && wait) && image.info().iCamId >= 0 &&
+      image.info().iCamId < TAVRO_MAX_CAMERAS && image.image().ptCamera != nullptr) {
+    const int32_t number = host.system->aiCamIndex[image.info().iCamId];
+    if (number >= 0 && number < TAVRO_MAX_CAMERAS) image.pendingCamera = number;
+  }
 }
 
 void Live(Reader& in, bool start) {
@@ -794,6 +826,8 @@ void Tamper(Reader& in) {
   const uint8_t field = in.Byte();
   const uint8_t value = in.Byte();
   SystemRecord& s = *host.system;
+  // The next input then needs a fresh setup, so only some arguments act.
+  if (field >= 0x60) return;
   host.tampered = true;
   switch (field % 6) {
     case 0:
@@ -913,6 +947,16 @@ void Quiesce() {
   }
   // Camera objects that may still run a worker, or hold a session the
   // simulator has ended, go; the next input attaches the cameras afresh.
+  // An acquisition the host lost track of (it changed the image's camera id
+  // since) ends with its camera object.
+  for (Image& image : host.images) {
+    const int32_t number = image.pendingCamera;
+    if (number >= 0 && s.tSlot[number].yAttached != 0 && !host.hidLive && !host.reset &&
+        !host.unplugged && trusted) {
+      Detach(number);
+    }
+    image.pendingCamera = -1;
+  }
   if (host.hidLive || host.reset || host.unplugged || !trusted) {
     for (int n = 0; n < TAVRO_MAX_CAMERAS; ++n) {
       if (s.tSlot[n].yAttached != 0) Detach(n);
@@ -924,13 +968,18 @@ void RunInput(const uint8_t* data, size_t size) {
   ++stats.inputs;
   Normalise();
   Reader in(data, size);
-  for (Image& image : host.images) image.Build(in);
+  for (Image& image : host.images) {
+    image.Build(in);
+    if (trace) std::fprintf(stderr, "tavro-fuzz image %s\n", Describe(image).c_str());
+  }
   host.hidLive = false;
   host.unplugged = false;
   host.unpulsedTrigger = (size % 7 == 0) && host.SlowFaultAllowed();
   int lifecycleOps = 0;
   for (int op = 0; op < 64 && !in.Empty(); ++op) {
-    switch (in.Byte() % 16) {
+    const int code = in.Byte() % 16;
+    if (trace) std::fprintf(stderr, "tavro-fuzz op %d\n", code);
+    switch (code) {
       case 0:
       case 1:
         Acquire(in);
