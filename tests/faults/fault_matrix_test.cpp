@@ -94,8 +94,6 @@ const std::vector<Cell>& Matrix() {
       {"GainRefused", Point::kBeforeAcquire, RefuseWrite("Gain"), 0, 0},
       {"UnplugBetweenAcquireAndWait", Point::kBetweenAcquireAndWait, Unplug, -1, ACQERR_WAIT_FAILED,
        -1},
-      {"DroppedFrameBeforeWait", Point::kBetweenAcquireAndWait,
-       [] { OxelSim_DropFrames(kCam.id, 1); }, 0, 0},
       // Live acquisition.
       {"UnplugDuringLive", Point::kDuringLive, Unplug, 0, 0, -1},
       {"DroppedFramesDuringLive", Point::kDuringLive, [] { OxelSim_DropFrames(kCam.id, -1); }, 0,
