@@ -1,9 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tests and the reference host
 # need, and nothing when they are all present already.
+# Usage: scripts/ensure-deps.sh [fuzz]   (fuzz: also clang and libFuzzer)
 set -euo pipefail
 packages=(cmake g++ make pkg-config ccache clang-format
           libgtest-dev libgmock-dev libbenchmark-dev libhwy-dev libpng-dev nlohmann-json3-dev)
+if [ "${1:-}" = fuzz ]; then
+  packages+=(clang-14 libclang-rt-14-dev)
+fi
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -3,6 +3,8 @@
 #   default  optimised build with debug info, the whole suite
 #   asan     the suite under AddressSanitizer and UndefinedBehaviorSanitizer
 #   tsan     the suite under ThreadSanitizer
+#   fuzz     the entry-point fuzzer (clang, libFuzzer) for a fixed number of
+#            inputs from the committed corpus; FUZZ_RUNS overrides the count
 # Without a stage, all of them in that order.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,7 +13,7 @@ scripts/ensure-deps.sh
 git ls-files -z '*.c' '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
 
 stages=("$@")
-((${#stages[@]})) || stages=(default asan tsan)
+((${#stages[@]})) || stages=(default asan tsan fuzz)
 for stage in "${stages[@]}"; do
   echo "== ${stage}"
   case "$stage" in
@@ -19,6 +21,17 @@ for stage in "${stages[@]}"; do
       cmake --preset "$stage" >/dev/null
       cmake --build --preset "$stage"
       ctest --preset "$stage"
+      ;;
+    fuzz)
+      scripts/ensure-deps.sh fuzz
+      cmake --preset fuzz >/dev/null
+      cmake --build --preset fuzz
+      # New inputs go to a scratch directory; the committed corpus is only read.
+      scratch=$(mktemp -d)
+      trap 'rm -rf "$scratch"' EXIT
+      ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+        build/fuzz/bin/tavro_fuzz -runs="${FUZZ_RUNS:-2000}" -seed=1 -timeout=120 \
+        -print_final_stats=1 "$scratch" tests/fuzz/corpus
       ;;
     *)
       echo "scripts/test.sh: unknown stage '${stage}'" >&2
