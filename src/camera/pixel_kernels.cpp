@@ -261,6 +261,8 @@ void ColourDisplayRow(const uint8_t* HWY_RESTRICT red, const uint8_t* HWY_RESTRI
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
+#include <cpuid.h>
+
 #include <vector>
 
 namespace tavro::camera {
@@ -275,10 +277,16 @@ bool HasSse4() {
   return HasSsse3() && __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("sse4.2") &&
          __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("aes");
 }
+// F16C straight from CPUID (leaf 1, ECX): clang's __builtin_cpu_supports
+// has no name for it.
+bool HasF16c() {
+  unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+  return __get_cpuid(1, &eax, &ebx, &ecx, &edx) != 0 && (ecx & bit_F16C) != 0;
+}
 bool HasAvx2() {
   return HasSse4() && __builtin_cpu_supports("avx") && __builtin_cpu_supports("avx2") &&
          __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
-         __builtin_cpu_supports("fma") && __builtin_cpu_supports("f16c");
+         __builtin_cpu_supports("fma") && HasF16c();
 }
 bool HasAvx512() {
   return HasAvx2() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
