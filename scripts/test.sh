@@ -3,6 +3,7 @@
 #   default  optimised build with debug info, the whole suite
 #   asan     the suite under AddressSanitizer and UndefinedBehaviorSanitizer
 #   tsan     the suite under ThreadSanitizer
+#   install  install, build and run the example host, the Debian package
 # Without a stage, all of them in that order.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,7 +12,7 @@ scripts/ensure-deps.sh
 git ls-files -z '*.c' '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
 
 stages=("$@")
-((${#stages[@]})) || stages=(default asan tsan)
+((${#stages[@]})) || stages=(default asan tsan install)
 for stage in "${stages[@]}"; do
   echo "== ${stage}"
   case "$stage" in
@@ -20,6 +21,7 @@ for stage in "${stages[@]}"; do
       cmake --build --preset "$stage"
       ctest --preset "$stage"
       ;;
+    install) scripts/check-install.sh ;;
     *)
       echo "scripts/test.sh: unknown stage '${stage}'" >&2
       exit 2
