@@ -56,6 +56,10 @@ cp examples/grab_one.c examples/Makefile "$work/"
 mkdir -p "$work/pkgconfig" && mv "$work/grab_one.c" "$work/Makefile" "$work/pkgconfig/"
 PKG_CONFIG_PATH="$stage/$libdir/pkgconfig" make -s -C "$work/pkgconfig"
 expect_grab "$work/pkgconfig/grab_one"
+# The simulator's control header compiles as C from the installed include path too.
+printf '#include <oxel/oxel_sim.h>\nint main(void) { return OxelSim_PatternMono8(0, 0, 0) == 255; }\n' |
+  cc -std=c99 -Wall -Wextra -Werror -pedantic -x c - -fsyntax-only \
+    $(PKG_CONFIG_PATH="$stage/$libdir/pkgconfig" pkg-config --cflags tavro)
 
 step "example with CMake"
 cmake -S "$stage/share/doc/tavro/examples" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$stage" \

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <emmintrin.h>
+
 #include "oxel_sim.h"
 
 namespace oxelsim {
@@ -11,16 +13,14 @@ namespace {
 // Enough for a few changes of the tens digit; each entry is one row.
 constexpr size_t kFrameRowsKept = 80;
 
-// destination = picture + tag. Levels stay below 240 and tags below 16, so
-// eight bytes add as one 64-bit word without carries between them.
+// destination = picture + tag, 16 bytes at a time (SSE2 is part of x86-64).
+// Levels stay below 240 and tags below 16, so no byte wraps.
 void AddRows(uint8_t* destination, const uint8_t* picture, const uint8_t* tags, size_t count) {
   size_t k = 0;
-  for (; k + 8 <= count; k += 8) {
-    uint64_t a, b;
-    std::memcpy(&a, picture + k, 8);
-    std::memcpy(&b, tags + k, 8);
-    a += b;
-    std::memcpy(destination + k, &a, 8);
+  for (; k + 16 <= count; k += 16) {
+    const __m128i sum = _mm_add_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(picture + k)),
+                                     _mm_loadu_si128(reinterpret_cast<const __m128i*>(tags + k)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(destination + k), sum);
   }
   for (; k < count; ++k) destination[k] = static_cast<uint8_t>(picture[k] + tags[k]);
 }
