@@ -2,8 +2,9 @@
  * Control functions of the simulated Oxel camera library (liboxel.so.1).
  *
  * Tests and the reference host use these to act on the simulated hardware:
- * unplug and replug a camera, raise an edge on line 0, lose frames, make a
- * feature refuse writes, or pretend another process holds a camera. The
+ * unplug and replug a camera, raise an edge on line 0, lose, delay or cut
+ * frames, make a feature refuse writes or the data stream refuse to start, or
+ * pretend another process holds a camera. The
  * plug-in never calls them. Cameras are addressed by their device ID (the
  * "id" of the camera in its producer file). Each function returns an
  * OXEL_RETURN_CODE and records a last error like every other call.
@@ -42,12 +43,16 @@ extern "C" {
 
 /* Reverts every camera of every loaded producer to the state its producer
  * file describes: plugged in (unless the file says otherwise), feature values,
- * faults (none unless the file arms some), frame IDs from
- * OXEL_SIM_FIRST_FRAME_ID, write counts 0. Open devices stay open. */
+ * faults (none unless the file arms some; delayed, incomplete frames and
+ * refused stream starts cleared), frame IDs from OXEL_SIM_FIRST_FRAME_ID,
+ * write and ignored-trigger counts 0, frames in flight gone. Open devices
+ * stay open. */
 OXEL_RETURN_CODE OxelSim_ResetAll(void);
 
 /* The next device update reports the camera lost (or found again). An opened
- * camera stops answering: its feature accesses fail and no frame arrives. */
+ * camera stops answering: its feature accesses and data-stream calls fail
+ * with OXEL_RETURN_CODE_ERROR (a wait in progress ends so), and no frame
+ * arrives. */
 OXEL_RETURN_CODE OxelSim_UnplugCamera(const char* deviceId);
 OXEL_RETURN_CODE OxelSim_ReplugCamera(const char* deviceId);
 
@@ -58,6 +63,29 @@ OXEL_RETURN_CODE OxelSim_PulseLine0(const char* deviceId);
 /* The next `count` frames the camera would send never arrive (count -1: all
  * of them until the next call with 0). */
 OXEL_RETURN_CODE OxelSim_DropFrames(const char* deviceId, int32_t count);
+
+/* The next `count` frames the camera sends arrive `delayMs` milliseconds
+ * later than their timing says (count -1: all of them until the next call
+ * with 0). The camera is free for its next trigger when a frame is read out,
+ * whatever the delay. A delayed frame arrives in the output queue like any
+ * other while its data stream still grabs; once the stream is stopped it is
+ * lost. */
+OXEL_RETURN_CODE OxelSim_DelayFrames(const char* deviceId, int32_t count, uint32_t delayMs);
+
+/* The next `count` frames arrive flagged incomplete with only the first half
+ * of their payload written (count -1: all of them until the next call with
+ * 0). */
+OXEL_RETURN_CODE OxelSim_IncompleteFrames(const char* deviceId, int32_t count);
+
+/* The next `count` starts of the camera's data stream
+ * (OXEL_DataStream_StartAcquisition) fail with `code` and leave the stream
+ * stopped (count -1: every start until the next call with 0). */
+OXEL_RETURN_CODE OxelSim_FailStreamStarts(const char* deviceId, int32_t count,
+                                          OXEL_RETURN_CODE code);
+
+/* How many triggers the camera ignored because it was still exposing or
+ * reading out a frame, since it was opened or reset. */
+OXEL_RETURN_CODE OxelSim_GetIgnoredTriggerCount(const char* deviceId, uint64_t* count);
 
 /* The next `count` writes to the feature fail with `code` (count -1: every
  * write until the next call with 0). */

@@ -44,6 +44,29 @@ OXEL_RETURN_CODE OxelSim_DropFrames(const char* deviceId, int32_t count) {
   return OnCameras(__func__, deviceId, [&](SimCamera& camera) { camera.DropFrames(count); });
 }
 
+OXEL_RETURN_CODE OxelSim_DelayFrames(const char* deviceId, int32_t count, uint32_t delayMs) {
+  return OnCameras(__func__, deviceId,
+                   [&](SimCamera& camera) { camera.DelayFrames(count, delayMs); });
+}
+
+OXEL_RETURN_CODE OxelSim_IncompleteFrames(const char* deviceId, int32_t count) {
+  return OnCameras(__func__, deviceId, [&](SimCamera& camera) { camera.IncompleteFrames(count); });
+}
+
+OXEL_RETURN_CODE OxelSim_FailStreamStarts(const char* deviceId, int32_t count,
+                                          OXEL_RETURN_CODE code) {
+  return OnCameras(__func__, deviceId,
+                   [&](SimCamera& camera) { camera.FailStreamStarts(count, code); });
+}
+
+OXEL_RETURN_CODE OxelSim_GetIgnoredTriggerCount(const char* deviceId, uint64_t* count) {
+  return RunApiCall(__func__, [&] {
+    uint64_t& result = Out(count, "count");
+    const auto cameras = Simulator::Instance().hardware.Cameras(DeviceId(deviceId));
+    result = cameras.front()->IgnoredTriggers();
+  });
+}
+
 OXEL_RETURN_CODE OxelSim_FailFeatureWrites(const char* deviceId, const char* featureName,
                                            int32_t count, OXEL_RETURN_CODE code) {
   return RunApiCall(__func__, [&] {

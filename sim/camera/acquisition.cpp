@@ -1,6 +1,6 @@
 #include "camera/acquisition.h"
 
-#include <chrono>
+#include <algorithm>
 
 #include "oxel_sim.h"
 
@@ -10,16 +10,31 @@ namespace {
 
 constexpr const char* kFrameTriggers[] = {"FrameStart", "ExposureStart"};
 
-uint64_t NowNs() {
-  return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(
-                                   std::chrono::steady_clock::now().time_since_epoch())
-                                   .count());
+// An armed fault count: true when it applies to this frame (-1 applies to
+// every frame until cleared).
+bool TakeCount(int32_t& count) {
+  if (count == 0) return false;
+  if (count > 0) --count;
+  return true;
+}
+
+Acquisition::Clock::duration Seconds(double seconds) {
+  return std::chrono::duration_cast<Acquisition::Clock::duration>(
+      std::chrono::duration<double>(seconds));
+}
+
+uint64_t Nanoseconds(Acquisition::Clock::time_point time) {
+  return static_cast<uint64_t>(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count());
 }
 
 }  // namespace
 
-Acquisition::Acquisition(CameraFeatures& features, std::mutex& mutex)
-    : features_(features), mutex_(mutex), nextFrameId_(OXEL_SIM_FIRST_FRAME_ID) {}
+Acquisition::Acquisition(CameraFeatures& features, std::mutex& mutex, bool instantFrames)
+    : features_(features),
+      mutex_(mutex),
+      instantFrames_(instantFrames),
+      nextFrameId_(OXEL_SIM_FIRST_FRAME_ID) {}
 
 Acquisition::~Acquisition() {
   {
@@ -31,10 +46,17 @@ Acquisition::~Acquisition() {
 }
 
 void Acquisition::Reset() {
-  Stop();
+  Abort();
+  inFlight_.clear();
   nextFrameId_ = OXEL_SIM_FIRST_FRAME_ID;
   lastFrameId_.reset();
+  ignoredTriggers_ = 0;
   dropCount_ = 0;
+  delayCount_ = 0;
+  delayMs_ = 0;
+  incompleteCount_ = 0;
+  failStartCount_ = 0;
+  failStartCode_ = OXEL_RETURN_CODE_SUCCESS;
 }
 
 void Acquisition::Start() {
@@ -49,7 +71,26 @@ void Acquisition::Stop() {
   SettingsChanged();
 }
 
+void Acquisition::Abort() {
+  Stop();
+  DiscardUnfinished(Clock::now());
+}
+
+void Acquisition::Unplug() {
+  Abort();
+  if (pool_ != nullptr) {
+    inFlight_.clear();
+    pool_->Lose();
+  }
+}
+
+void Acquisition::DiscardUnfinished(Clock::time_point now) {
+  std::erase_if(inFlight_, [&](const Frame& frame) { return frame.readOutEnd > now; });
+  busyUntil_ = std::min(busyUntil_, now);
+}
+
 void Acquisition::AttachStream(BufferPool* pool) {
+  inFlight_.clear();  // what travelled to another stream does not arrive here
   pool_ = pool;
   SettingsChanged();
 }
@@ -57,13 +98,32 @@ void Acquisition::AttachStream(BufferPool* pool) {
 void Acquisition::DetachStream(const BufferPool* pool) {
   if (pool_ != pool) return;
   pool_ = nullptr;
+  inFlight_.clear();
+  SettingsChanged();
+}
+
+void Acquisition::StreamStopped(const BufferPool* pool) {
+  if (pool_ == pool) inFlight_.clear();
   SettingsChanged();
 }
 
 void Acquisition::SettingsChanged() {
-  ++settingsVersion_;
-  if (FreeRunning() && !thread_.joinable()) thread_ = std::thread([this] { FreeRun(); });
+  if (FreeRunning()) EnsureThread();
   wake_.notify_all();
+}
+
+void Acquisition::DelayFrames(int32_t count, uint32_t delayMs) {
+  delayCount_ = count;
+  delayMs_ = delayMs;
+}
+
+void Acquisition::FailStreamStarts(int32_t count, OXEL_RETURN_CODE code) {
+  failStartCount_ = count;
+  failStartCode_ = code;
+}
+
+OXEL_RETURN_CODE Acquisition::TakeStreamStartFault() {
+  return TakeCount(failStartCount_) ? failStartCode_ : OXEL_RETURN_CODE_SUCCESS;
 }
 
 bool Acquisition::Producing() const {
@@ -90,62 +150,114 @@ bool Acquisition::AcceptsTrigger(const char* source, bool rising) const {
 }
 
 void Acquisition::SoftwareTrigger() {
-  if (Producing() && AcceptsTrigger("Software", true)) ProduceFrame();
+  if (Producing() && AcceptsTrigger("Software", true)) Trigger();
 }
 
 void Acquisition::LineEdge(bool rising) {
-  if (Producing() && AcceptsTrigger("Line0", rising)) ProduceFrame();
+  if (Producing() && AcceptsTrigger("Line0", rising)) Trigger();
 }
 
-void Acquisition::ProduceFrame() {
-  const uint64_t frameId = nextFrameId_++;
-  if (dropCount_ != 0) {
-    if (dropCount_ > 0) --dropCount_;
+void Acquisition::Trigger() {
+  const Clock::time_point now = Clock::now();
+  if (now < busyUntil_) {
+    ++ignoredTriggers_;  // no trigger overlap: still exposing or reading out
     return;
   }
-  std::shared_ptr<SimBuffer> buffer = pool_->TakeQueued();
-  if (!buffer) return;
-  FrameGeometry geometry;
-  geometry.width = static_cast<uint32_t>(features_.IntegerOr("Width", 0));
-  geometry.height = static_cast<uint32_t>(features_.IntegerOr("Height", 0));
-  geometry.offsetX = static_cast<uint32_t>(features_.IntegerOr("OffsetX", 0));
-  geometry.offsetY = static_cast<uint32_t>(features_.IntegerOr("OffsetY", 0));
-  const uint64_t format = features_.PixelFormat();
-  geometry.bytesPerPixel = static_cast<uint32_t>(BytesPerPixel(format));
-  const size_t written = pattern_.Fill(geometry, frameId, buffer->Base(), buffer->Size());
-  buffer->hasFrame = true;
-  buffer->incomplete = written < static_cast<size_t>(features_.PayloadSize());
-  buffer->width = geometry.width;
-  buffer->height = geometry.height;
-  buffer->xOffset = geometry.offsetX;
-  buffer->yOffset = geometry.offsetY;
-  buffer->pixelFormat = format;
-  buffer->frameId = frameId;
-  buffer->timestampNs = NowNs();
-  pool_->Deliver(buffer);
-  lastFrameId_ = frameId;
-  if (features_.TextOr("AcquisitionMode", "Continuous") == "SingleFrame") Stop();
+  BeginFrame(now);
 }
 
-void Acquisition::FreeRun() {
+void Acquisition::BeginFrame(Clock::time_point start) {
+  Frame frame;
+  frame.id = nextFrameId_++;
+  frame.exposureStart = start;
+  frame.readOutEnd = start;
+  if (!instantFrames_) {
+    frame.readOutEnd +=
+        Seconds(features_.FloatOr("ExposureTime", 0.0) / 1e6 + features_.ReadOutSeconds());
+  }
+  busyUntil_ = frame.readOutEnd;
+  if (features_.TextOr("AcquisitionMode", "Continuous") == "SingleFrame") Stop();
+  if (TakeCount(dropCount_)) return;  // takes its ID, never arrives
+
+  frame.arrival = frame.readOutEnd;
+  if (TakeCount(delayCount_)) frame.arrival += std::chrono::milliseconds(delayMs_);
+  frame.incomplete = TakeCount(incompleteCount_);
+  frame.geometry.width = static_cast<uint32_t>(features_.IntegerOr("Width", 0));
+  frame.geometry.height = static_cast<uint32_t>(features_.IntegerOr("Height", 0));
+  frame.geometry.offsetX = static_cast<uint32_t>(features_.IntegerOr("OffsetX", 0));
+  frame.geometry.offsetY = static_cast<uint32_t>(features_.IntegerOr("OffsetY", 0));
+  frame.pixelFormat = features_.PixelFormat();
+  frame.geometry.bytesPerPixel = static_cast<uint32_t>(BytesPerPixel(frame.pixelFormat));
+  frame.payload = static_cast<size_t>(features_.PayloadSize());
+
+  if (frame.arrival <= start) {
+    Deliver(frame);
+    return;
+  }
+  const auto later = std::upper_bound(
+      inFlight_.begin(), inFlight_.end(), frame.arrival,
+      [](Clock::time_point arrival, const Frame& other) { return arrival < other.arrival; });
+  inFlight_.insert(later, frame);
+  EnsureThread();
+  wake_.notify_all();
+}
+
+void Acquisition::Deliver(const Frame& frame) {
+  if (pool_ == nullptr || !pool_->Grabbing()) return;
+  std::shared_ptr<SimBuffer> buffer = pool_->TakeQueued();
+  if (!buffer) return;
+  // An incomplete frame lost its second half on the way.
+  const size_t room =
+      frame.incomplete ? std::min(buffer->Size(), frame.payload / 2) : buffer->Size();
+  const size_t written = pattern_.Fill(frame.geometry, frame.id, buffer->Base(), room);
+  buffer->hasFrame = true;
+  buffer->incomplete = written < frame.payload;
+  buffer->width = frame.geometry.width;
+  buffer->height = frame.geometry.height;
+  buffer->xOffset = frame.geometry.offsetX;
+  buffer->yOffset = frame.geometry.offsetY;
+  buffer->pixelFormat = frame.pixelFormat;
+  buffer->frameId = frame.id;
+  buffer->timestampNs = Nanoseconds(frame.exposureStart);
+  pool_->Deliver(buffer);
+  lastFrameId_ = frame.id;
+}
+
+void Acquisition::EnsureThread() {
+  if (!thread_.joinable()) thread_ = std::thread([this] { Run(); });
+}
+
+void Acquisition::Run() {
   std::unique_lock lock(mutex_);
-  auto next = std::chrono::steady_clock::now();
   while (!quit_) {
-    if (!FreeRunning()) {
-      wake_.wait(lock);
-      next = std::chrono::steady_clock::now();
-      continue;
+    Clock::time_point now = Clock::now();
+    while (!inFlight_.empty() && inFlight_.front().arrival <= now) {
+      const Frame frame = inFlight_.front();
+      inFlight_.erase(inFlight_.begin());
+      Deliver(frame);
     }
-    const uint64_t seen = settingsVersion_;
-    const bool woken =
-        wake_.wait_until(lock, next, [&] { return quit_ || settingsVersion_ != seen; });
-    if (woken) continue;
-    ProduceFrame();
-    const auto period = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-        std::chrono::duration<double>(1.0 / features_.FrameRate()));
-    next += period;
-    const auto now = std::chrono::steady_clock::now();
-    if (next < now) next = now;
+    if (FreeRunning()) {
+      if (!nextFreeRunStart_) nextFreeRunStart_ = now;
+      if (*nextFreeRunStart_ <= now) {
+        // The frame rate's maximum allows for exposure and read-out, so the
+        // next exposure may overlap this frame's read-out.
+        BeginFrame(now);
+        *nextFreeRunStart_ += Seconds(1.0 / features_.FrameRate());
+        if (*nextFreeRunStart_ < now) nextFreeRunStart_ = now;
+        continue;
+      }
+    } else {
+      nextFreeRunStart_.reset();
+    }
+    std::optional<Clock::time_point> next = nextFreeRunStart_;
+    if (!inFlight_.empty() && (!next || inFlight_.front().arrival < *next)) {
+      next = inFlight_.front().arrival;
+    }
+    if (next) {
+      wake_.wait_until(lock, *next);
+    } else {
+      wake_.wait(lock);
+    }
   }
 }
 

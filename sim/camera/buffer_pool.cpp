@@ -142,7 +142,9 @@ std::shared_ptr<SimBuffer> BufferPool::Wait(std::unique_lock<std::mutex>& lock,
                "its output queue is empty");
     }
     ++waiters_;
-    const auto done = [&] { return !output_.empty() || closed_ || killGeneration_ != generation; };
+    const auto done = [&] {
+      return !output_.empty() || closed_ || lost_ || killGeneration_ != generation;
+    };
     bool ended = true;
     constexpr uint64_t kLongest = uint64_t{1} << 40;
     if (timeoutMs >= kLongest) {
@@ -152,6 +154,7 @@ std::shared_ptr<SimBuffer> BufferPool::Wait(std::unique_lock<std::mutex>& lock,
     }
     --waiters_;
     if (closed_) FailHere(OXEL_RETURN_CODE_ABORTED, "the data stream was closed during the wait");
+    if (lost_) return nullptr;
     if (killGeneration_ != generation) {
       FailHere(OXEL_RETURN_CODE_ABORTED, "the wait was killed by OXEL_DataStream_KillWait");
     }
@@ -172,6 +175,12 @@ void BufferPool::KillWait() {
     return;
   }
   ++killGeneration_;
+  changed_.notify_all();
+}
+
+void BufferPool::Lose() {
+  lost_ = true;
+  grabbing_ = false;
   changed_.notify_all();
 }
 

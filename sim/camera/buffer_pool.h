@@ -73,11 +73,14 @@ class BufferPool {
 
   // Blocks with `lock` released until a buffer is filled, the time passes,
   // KillWait or Close. A wait that starts on a stream that is not grabbing
-  // and has no filled buffer fails at once.
+  // and has no filled buffer fails at once. Returns null when the camera was
+  // lost (the caller names why).
   std::shared_ptr<SimBuffer> Wait(std::unique_lock<std::mutex>& lock, uint64_t timeoutMs);
   void KillWait();
   // Ends every wait with ABORTED and refuses later ones.
   void Close();
+  // The camera is gone: grabbing ends and every wait returns null.
+  void Lose();
 
   // The producer's side: the oldest queued buffer (null: an underrun, counted).
   std::shared_ptr<SimBuffer> TakeQueued();
@@ -103,6 +106,7 @@ class BufferPool {
   std::condition_variable changed_;
   bool grabbing_ = false;
   bool closed_ = false;
+  bool lost_ = false;
   uint64_t framesToAcquire_ = 0;
   uint64_t acquired_ = 0;
   uint64_t delivered_ = 0;

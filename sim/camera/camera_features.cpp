@@ -154,27 +154,44 @@ void CameraFeatures::ComputeSlot(const FeatureDefinition& definition, FeatureSlo
   }
 }
 
-CameraFeatures::FrameRateLimit CameraFeatures::FrameRateMaximum() const {
+double CameraFeatures::SensorReadOutRate() const {
   const int64_t height = std::max<int64_t>(1, IntegerOr("Height", description_->sensorHeight));
-  double maximum = description_->maxFrameRate * static_cast<double>(description_->sensorHeight) /
-                   static_cast<double>(height);
-  std::string reason =
-      "sensor read-out at Height " + std::to_string(height) + ": " + NumberText(maximum) + " Hz";
+  return description_->maxFrameRate * static_cast<double>(description_->sensorHeight) /
+         static_cast<double>(height);
+}
+
+std::optional<double> CameraFeatures::LinkBytesPerSecond() const {
+  const int link = Find("DeviceLinkThroughputLimit");
+  if (link < 0) return std::nullopt;
+  const FeatureSlot limit = StoredSlot(static_cast<size_t>(link));
+  const bool limited = TextOr("DeviceLinkThroughputLimitMode", "On") == "On";
+  return static_cast<double>(limited ? limit.intValue : limit.intMax);
+}
+
+double CameraFeatures::ReadOutSeconds() const {
+  double seconds = 1.0 / SensorReadOutRate();
+  if (const std::optional<double> bytes = LinkBytesPerSecond()) {
+    seconds = std::max(seconds, static_cast<double>(PayloadSize()) / *bytes);
+  }
+  return seconds;
+}
+
+CameraFeatures::FrameRateLimit CameraFeatures::FrameRateMaximum() const {
+  double maximum = SensorReadOutRate();
+  std::string reason = "sensor read-out at Height " +
+                       std::to_string(IntegerOr("Height", description_->sensorHeight)) + ": " +
+                       NumberText(maximum) + " Hz";
   const double exposure = FloatOr("ExposureTime", 0.0);
   if (exposure > 0.0) {
     maximum = std::min(maximum, 1e6 / exposure);
     reason +=
         "; ExposureTime " + NumberText(exposure) + " us: " + NumberText(1e6 / exposure) + " Hz";
   }
-  const int link = Find("DeviceLinkThroughputLimit");
-  if (link >= 0) {
-    const FeatureSlot limit = StoredSlot(static_cast<size_t>(link));
-    const bool limited = TextOr("DeviceLinkThroughputLimitMode", "On") == "On";
-    const double bytes = static_cast<double>(limited ? limit.intValue : limit.intMax);
+  if (const std::optional<double> bytes = LinkBytesPerSecond()) {
     const double payload = static_cast<double>(std::max<int64_t>(1, PayloadSize()));
-    maximum = std::min(maximum, bytes / payload);
-    reason += "; link " + NumberText(bytes) + " B/s for PayloadSize " + NumberText(payload) + ": " +
-              NumberText(bytes / payload) + " Hz";
+    maximum = std::min(maximum, *bytes / payload);
+    reason += "; link " + NumberText(*bytes) + " B/s for PayloadSize " + NumberText(payload) +
+              ": " + NumberText(*bytes / payload) + " Hz";
   }
   maximum = std::floor(maximum * 100.0) / 100.0;
   const int rate = Find("AcquisitionFrameRate");

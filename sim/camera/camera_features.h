@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,9 @@ class CameraFeatures {
   // Frames per second of the free run: "AcquisitionFrameRate" when enabled,
   // else the camera's current maximum.
   double FrameRate() const;
+  // Time to read a frame out of the camera: the sensor at the current
+  // "Height", or the link for "PayloadSize" bytes when that is slower.
+  double ReadOutSeconds() const;
 
   // A running acquisition locks the AOI and the pixel format.
   void SetAcquisitionActive(bool active) { acquisitionActive_ = active; }
@@ -95,6 +99,10 @@ class CameraFeatures {
   std::string SlotKey(const FeatureDefinition& definition) const;
   void ComputeSlot(const FeatureDefinition& definition, FeatureSlot& slot) const;
   FrameRateLimit FrameRateMaximum() const;
+  // Frames per second the sensor reads out at the current "Height".
+  double SensorReadOutRate() const;
+  // The link's limit in bytes per second (none without the feature).
+  std::optional<double> LinkBytesPerSecond() const;
   std::string WriteRefusal(size_t index) const;
   std::string Dependency(const FeatureDefinition& definition) const;
   int64_t SensorSize(const AoiAxis& axis) const;

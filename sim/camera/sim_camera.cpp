@@ -53,7 +53,7 @@ SimCamera::SimCamera(CameraDescription description)
       features_(description_),
       plugged_(description_.plugged),
       openedElsewhere_(description_.openedElsewhere),
-      acquisition_(features_, mutex_) {
+      acquisition_(features_, mutex_, true) {
   acquisition_.DropFrames(description_.dropFrames);
 }
 
@@ -73,7 +73,7 @@ void SimCamera::Unplug() {
   plugged_ = false;
   ++generation_;
   openSession_ = nullptr;
-  acquisition_.Stop();
+  acquisition_.Unplug();
 }
 
 void SimCamera::Replug() {
@@ -158,13 +158,14 @@ std::shared_ptr<CameraSession> SimCamera::Open(OXEL_DEVICE_ACCESS_TYPE access) {
   auto session = std::make_shared<CameraSession>(shared_from_this(), generation_, access);
   openSession_ = session.get();
   features_.ClearWriteCounts();
+  acquisition_.ClearIgnoredTriggers();
   return session;
 }
 
 void SimCamera::Close(CameraSession& session) {
   std::lock_guard lock(mutex_);
   if (Live(&session)) {
-    acquisition_.Stop();
+    acquisition_.Abort();
     features_.ReleaseTransportLock();
   }
   if (openSession_ == &session) openSession_ = nullptr;
@@ -173,7 +174,8 @@ void SimCamera::Close(CameraSession& session) {
 
 void SimCamera::CheckAnswering(const CameraSession& session) const {
   if (Live(&session)) return;
-  const std::string camera = "camera '" + Id() + "' does not answer: ";
+  const std::string camera =
+      std::string(CurrentFunction()) + ": camera '" + Id() + "' does not answer: ";
   if (session.closed) Fail(OXEL_RETURN_CODE_ERROR, camera + "its device was closed");
   if (!plugged_) Fail(OXEL_RETURN_CODE_ERROR, camera + "it was unplugged");
   Fail(OXEL_RETURN_CODE_ERROR, camera + "it was unplugged and plugged in again; open it anew");
@@ -183,8 +185,10 @@ void SimCamera::RunCommand(const CameraSession& session, const std::string& name
   CheckAnswering(session);
   if (name == "AcquisitionStart") {
     acquisition_.Start();
-  } else if (name == "AcquisitionStop" || name == "AcquisitionAbort") {
+  } else if (name == "AcquisitionStop") {
     acquisition_.Stop();
+  } else if (name == "AcquisitionAbort") {
+    acquisition_.Abort();
   } else if (name == "TriggerSoftware") {
     acquisition_.SoftwareTrigger();
   } else if (name == "UserSetLoad") {
@@ -214,14 +218,50 @@ void SimCamera::PulseLine0() {
   acquisition_.LineEdge(false);
 }
 
-void SimCamera::DropFrames(int32_t count) {
+namespace {
+
+// Fault counts are -1 (every one until 0), 0 (none) or more.
+void CheckFaultCount(int32_t count, const char* what) {
   if (count < -1) {
-    Fail(OXEL_RETURN_CODE_INVALID_ARGUMENT, std::string(CurrentFunction()) + ": frame count " +
-                                                std::to_string(count) +
-                                                " (use -1 for every frame, 0 to stop dropping)");
+    Fail(OXEL_RETURN_CODE_INVALID_ARGUMENT, std::string(CurrentFunction()) + ": " + what +
+                                                " count " + std::to_string(count) +
+                                                " (use -1 for every one, 0 to stop)");
   }
+}
+
+}  // namespace
+
+void SimCamera::DropFrames(int32_t count) {
+  CheckFaultCount(count, "frame");
   std::lock_guard lock(mutex_);
   acquisition_.DropFrames(count);
+}
+
+void SimCamera::DelayFrames(int32_t count, uint32_t delayMs) {
+  CheckFaultCount(count, "frame");
+  std::lock_guard lock(mutex_);
+  acquisition_.DelayFrames(count, delayMs);
+}
+
+void SimCamera::IncompleteFrames(int32_t count) {
+  CheckFaultCount(count, "frame");
+  std::lock_guard lock(mutex_);
+  acquisition_.IncompleteFrames(count);
+}
+
+void SimCamera::FailStreamStarts(int32_t count, OXEL_RETURN_CODE code) {
+  CheckFaultCount(count, "stream start");
+  if (count != 0 && code == OXEL_RETURN_CODE_SUCCESS) {
+    Fail(OXEL_RETURN_CODE_INVALID_ARGUMENT,
+         std::string(CurrentFunction()) + ": stream starts cannot fail with code 0 (success)");
+  }
+  std::lock_guard lock(mutex_);
+  acquisition_.FailStreamStarts(count, code);
+}
+
+uint64_t SimCamera::IgnoredTriggers() const {
+  std::lock_guard lock(mutex_);
+  return acquisition_.IgnoredTriggers();
 }
 
 void SimCamera::FailWrites(const std::string& feature, int32_t count, OXEL_RETURN_CODE code) {

@@ -71,6 +71,10 @@ class SimCamera : public std::enable_shared_from_this<SimCamera> {
   // Simulator controls (each takes the mutex).
   void PulseLine0();
   void DropFrames(int32_t count);
+  void DelayFrames(int32_t count, uint32_t delayMs);
+  void IncompleteFrames(int32_t count);
+  void FailStreamStarts(int32_t count, OXEL_RETURN_CODE code);
+  uint64_t IgnoredTriggers() const;
   void FailWrites(const std::string& feature, int32_t count, OXEL_RETURN_CODE code);
   uint64_t WriteCount(const std::string& feature) const;
   std::optional<uint64_t> LastFrameId() const;

@@ -94,6 +94,7 @@ std::shared_ptr<SimBuffer> DataStream::AllocAndAnnounce(size_t size, void* userP
   std::shared_ptr<SimBuffer> buffer;
   {
     std::lock_guard lock(Camera().Mutex());
+    Camera().CheckAnswering(*session_);
     buffer = pool_.Announce(size, userPtr);
   }
   Simulator::Instance().handles.Add(buffer.get(), Kind::Buffer, buffer, buffer.get(), buffer.get());
@@ -112,12 +113,20 @@ void* DataStream::Revoke(const std::shared_ptr<SimBuffer>& buffer) {
 
 void DataStream::Queue(const std::shared_ptr<SimBuffer>& buffer) {
   std::lock_guard lock(Camera().Mutex());
+  Camera().CheckAnswering(*session_);
   pool_.Queue(buffer);
 }
 
 std::shared_ptr<SimBuffer> DataStream::Wait(uint64_t timeoutMs) {
   std::unique_lock lock(Camera().Mutex());
-  return pool_.Wait(lock, timeoutMs);
+  Camera().CheckAnswering(*session_);
+  std::shared_ptr<SimBuffer> buffer = pool_.Wait(lock, timeoutMs);
+  if (!buffer) {
+    Camera().CheckAnswering(*session_);  // names why the camera was lost
+    Fail(OXEL_RETURN_CODE_ERROR, std::string(CurrentFunction()) + ": camera '" + Camera().Id() +
+                                     "' was lost during the wait");
+  }
+  return buffer;
 }
 
 void DataStream::KillWait() {
@@ -133,6 +142,10 @@ void DataStream::Start(OXEL_ACQUISITION_START_MODE mode, uint64_t count) {
   }
   std::lock_guard lock(Camera().Mutex());
   Camera().CheckAnswering(*session_);
+  if (const OXEL_RETURN_CODE fault = Camera().Frames().TakeStreamStartFault()) {
+    Fail(fault, std::string(CurrentFunction()) + ": " + pool_.Name() +
+                    " refused to start (a fault armed with OxelSim_FailStreamStarts)");
+  }
   const size_t minimum = MinBufferCount();
   if (pool_.AnnouncedCount() < minimum) {
     Fail(OXEL_RETURN_CODE_NOT_AVAILABLE,
@@ -150,8 +163,9 @@ void DataStream::Stop(OXEL_ACQUISITION_STOP_MODE mode) {
                                                 std::to_string(mode) + " (0 default or 1 kill)");
   }
   std::lock_guard lock(Camera().Mutex());
+  Camera().CheckAnswering(*session_);
   pool_.Stop();
-  Camera().Frames().SettingsChanged();
+  Camera().Frames().StreamStopped(&pool_);
 }
 
 void DataStream::Flush(OXEL_DATA_STREAM_FLUSH_MODE mode) {

@@ -26,6 +26,16 @@ void ReportFinished(host_interface::TavroCamAcq& entry, const SystemRecord& syst
 int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
                     SystemRecord* system);
 
+// True when the system's live run has ended on its own: its camera's worker
+// gave up (unplugged camera, refused trigger, lost frame) while live was
+// still wanted. Reads flags only; any thread may ask.
+bool LiveRunEnded(const SystemRecord& system);
+
+// Ends a live run that ended on its own: the camera is brought to rest, both
+// yLive flags are cleared and the run is reported through pfnAcqFinished.
+// Does nothing while live runs or when nothing is live.
+void EndEndedLiveRun(SystemRecord& system);
+
 // Waits for camera `number`'s acquisition into the image and delivers it;
 // the two values have no effect.
 int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t value1, uint32_t value2,

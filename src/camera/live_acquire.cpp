@@ -83,6 +83,28 @@ int32_t StopLive(uint32_t* status, SystemRecord* system, int32_t& number) {
 
 }  // namespace
 
+bool LiveRunEnded(const SystemRecord& system) {
+  if (system.yLive == 0 || !host_interface::IsCameraNumber(system.iLiveCamNum)) return false;
+  const OxelCamera* camera = host_interface::CameraOf(system.tSlot[system.iLiveCamNum]);
+  return camera != nullptr && camera->worker.liveEnded;
+}
+
+void EndEndedLiveRun(SystemRecord& system) {
+  if (!LiveRunEnded(system)) return;
+  const int32_t number = system.iLiveCamNum;
+  OxelCamera* camera = host_interface::CameraOf(system.tSlot[number]);
+  // The worker is idle, so this returns at once; it stops the camera so
+  // that no late frame of the run meets the next acquisition.
+  camera->Stop();
+  camera->worker.liveEnded = false;
+  camera->frameCallback = nullptr;
+  camera->frameCallbackArg = nullptr;
+  system.yLive = 0;
+  system.tSlot[number].yLive = 0;
+  TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
+  if (entry.yAcquiring != 0) ReportFinished(entry, system);
+}
+
 int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
                     SystemRecord* system) {
   *status = 0;

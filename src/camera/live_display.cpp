@@ -8,22 +8,22 @@
 namespace tavro::camera {
 
 void DrawLiveDisplay(const LiveDisplaySource& source) {
-  if (source.display == nullptr) return;
-  const ptrdiff_t pitch = source.pitch;
+  if (source.display == nullptr || source.grey == nullptr) return;
+  if (source.displayStride <= 0 || source.displayFirstRow < 0 || source.pitch <= 0) return;
   DisplayArea area;
-  area.columns = std::min(source.width, source.widthMax);
+  // A display row holds `displayStride` pixels; drawing more would run into
+  // the next row and, on the last one, past the buffer.
+  area.columns = std::min({source.width, source.widthMax, source.displayStride});
   area.rows = std::min(source.height, source.heightMax);
   area.stride = source.displayStride;
-  area.pixels = source.display + ptrdiff_t{source.grey.firstRow} * source.displayStride;
+  area.pixels = source.display + ptrdiff_t{source.displayFirstRow} * source.displayStride;
   if (area.columns <= 0 || area.rows <= 0) return;
 
-  const auto rowStart = [pitch](const LivePlane& plane) {
-    return plane.bits + pitch * plane.firstRow;
-  };
-  if (source.colour && source.red.bits && source.green.bits && source.blue.bits) {
-    DrawColour(rowStart(source.red), rowStart(source.green), rowStart(source.blue), pitch, area);
+  const ptrdiff_t pitch = source.pitch;
+  if (source.colour && source.red && source.green && source.blue) {
+    DrawColour(source.red, source.green, source.blue, pitch, area);
   } else {
-    DrawGrey(source.grey.bits ? rowStart(source.grey) : nullptr, pitch, area);
+    DrawGrey(source.grey, pitch, area);
   }
 }
 

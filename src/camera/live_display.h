@@ -10,28 +10,29 @@
 
 namespace tavro::camera {
 
-struct LivePlane {
-  const uint8_t* bits = nullptr;  // the plane's memory (row 0 of the memory)
-  int32_t firstRow = 0;           // row at which the image starts
-};
-
 struct LiveDisplaySource {
-  LivePlane grey;
-  int32_t width = 0;  // primary plane
+  // First byte of the first image row in each plane, as delivery writes
+  // them; every plane advances by `pitch`. The size is already cut to every
+  // plane that is read (see DestinationOf).
+  const uint8_t* grey = nullptr;
+  int32_t width = 0;
   int32_t height = 0;
-  int32_t pitch = 0;     // primary plane's bytes per row; every plane uses it
+  int32_t pitch = 0;
   int32_t widthMax = 0;  // the camera's maximum image size
   int32_t heightMax = 0;
   // Colour display: wanted by the host's view and the image, and all three
-  // colour planes present.
+  // colour planes usable.
   bool colour = false;
-  LivePlane red, green, blue;
-  uint32_t* display = nullptr;  // the live buffer's 0x00RRGGBB pixels
+  const uint8_t *red = nullptr, *green = nullptr, *blue = nullptr;
+  uint32_t* display = nullptr;  // the live buffer's 0x00RRGGBB pixels, row 0
   int32_t displayStride = 0;    // in pixels
+  int32_t displayFirstRow = 0;  // the display starts at this row of the buffer
 };
 
-// Draws the primary plane's size, cut to the camera's maximum, starting at
-// the primary plane's first row of the display.
+// Draws the planes' size, cut to the camera's maximum and to the display's
+// stride, from row `displayFirstRow` of the display on. Nothing is drawn
+// into a display whose stride or first row is not positive or zero: rows
+// going upwards are not supported.
 void DrawLiveDisplay(const LiveDisplaySource& source);
 
 }  // namespace tavro::camera

@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "camera/destination_binding.h"
 #include "camera/live_display.h"
 #include "host_interface/acquisition_table.h"
 #include "tavro/tavro_host.h"
@@ -13,19 +14,11 @@ bool IsLiveImage(const SystemRecord* system, const CamImage* image) {
   return system != nullptr && system->yLive != 0 && system->ptLiveImage == image;
 }
 
-const PlaneInfo* PlaneOf(const CamImage* image) {
-  return image != nullptr ? image->ptPlane : nullptr;
-}
-
-LivePlane LivePlaneOf(const PlaneInfo* plane) {
-  return plane != nullptr ? LivePlane{plane->pBits, plane->iFirstRow} : LivePlane{};
-}
-
-bool WantsColour(const CamImage& image, const HostView* view) {
-  const CameraInfo* info = image.ptCamera;
-  return view != nullptr && view->yColourDisplay != 0 && info != nullptr &&
-         info->yColourPlanes != 0 && image.qwColourDisplay != 0 && PlaneOf(image.ptRed) &&
-         PlaneOf(image.ptGreen) && PlaneOf(image.ptBlue);
+// The colour display also needs the host's consent in the view and the
+// image; without it the display shows grey.
+bool WantsColour(const CamImage& image, const HostView* view, const Destination& planes) {
+  return planes.colour && view != nullptr && view->yColourDisplay != 0 &&
+         image.qwColourDisplay != 0;
 }
 
 }  // namespace
@@ -35,26 +28,30 @@ void LiveDisplayCallback(void* argument) {
   if (entry == nullptr || entry->ptCamImage == nullptr) return;
   const CamImage& image = *entry->ptCamImage;
   SystemRecord* system = entry->ptSystem;
-  const PlaneInfo* primary = image.ptPlane;
-  if (!IsLiveImage(system, &image) || primary == nullptr) return;
+  if (!IsLiveImage(system, &image) || image.ptPlane == nullptr) return;
 
+  // The display shows what delivery wrote, bounded by the same planes: the
+  // host's records are read afresh, as the host may change them between
+  // frames.
+  const Destination planes = DestinationOf(image);
   const HostView* view = image.ptCamera != nullptr ? image.ptCamera->ptHostView : nullptr;
   LiveDisplaySource source;
-  source.grey = LivePlaneOf(primary);
-  source.width = primary->iWidth;
-  source.height = primary->iHeight;
-  source.pitch = primary->iPitch;
+  source.grey = planes.grey;
+  source.width = planes.width;
+  source.height = planes.height;
+  source.pitch = planes.pitch;
   source.widthMax = entry->iWidthMax;
   source.heightMax = entry->iHeightMax;
-  source.colour = WantsColour(image, view);
+  source.colour = WantsColour(image, view, planes);
   if (source.colour) {
-    source.red = LivePlaneOf(PlaneOf(image.ptRed));
-    source.green = LivePlaneOf(PlaneOf(image.ptGreen));
-    source.blue = LivePlaneOf(PlaneOf(image.ptBlue));
+    source.red = planes.red;
+    source.green = planes.green;
+    source.blue = planes.blue;
   }
   if (image.ptLiveBuffer != nullptr) {
     source.display = image.ptLiveBuffer->plPixels;
     source.displayStride = image.ptLiveBuffer->iStride;
+    source.displayFirstRow = image.ptPlane->iFirstRow;
   }
   DrawLiveDisplay(source);
 

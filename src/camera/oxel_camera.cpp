@@ -84,10 +84,14 @@ void OxelCamera::RunLiveLoop() {
     if (worker.frameDoneEvent != nullptr) worker.frameDoneEvent->Set();
     worker.workerState = kWorkerRunning;
   }
+  // Said before the worker counts as idle, so that whoever sees it idle
+  // after a failure also sees why.
+  if (worker.pendingRequest == kRequestLive) worker.liveEnded = true;
   worker.workerState = kWorkerIdle;
 }
 
 bool OxelCamera::StartLive() {
+  worker.liveEnded = false;
   if (!device) return false;
   if (!SetTriggerMode(parameters::TriggerModeSoftware, !acquisitionStarted)) return false;
   if (!Start()) return false;

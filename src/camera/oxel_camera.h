@@ -76,6 +76,10 @@ struct AcquireWorker {
   std::atomic<int32_t> workerState{kWorkerIdle};
   std::atomic<bool> threadRunning{false};
   std::atomic<bool> keepRunning{false};
+  // The live loop ended by itself (a refused trigger, a frame that failed or
+  // never came) while live was still wanted; cleared once the host's side
+  // has ended the run, and by the next StartLive.
+  std::atomic<bool> liveEnded{false};
   platform::AutoResetEvent wakeEvent;
   platform::AutoResetEvent threadExitEvent;
   // Borrowed: the camera's acquisition entry's event, set after each live

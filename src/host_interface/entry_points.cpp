@@ -28,6 +28,12 @@ using tavro::host_interface::kNoCamera;
 using tavro::host_interface::kSuccess;
 using tavro::host_interface::RunGuarded;
 
+// A live run that ended on its own is cleaned up by the next call that may
+// touch the cameras, before that call looks at the live fields.
+void EndEndedLiveRun(SystemRecord* system) {
+  if (HasSystemMagic(system)) tavro::camera::EndEndedLiveRun(*system);
+}
+
 }  // namespace
 
 extern "C" {
@@ -53,6 +59,7 @@ TAVRO_API int32_t kxTavroAcquire(CamImage* ptCamImage, uint32_t yWait, uint32_t 
   return RunGuarded("kxTavroAcquire", kFailure, [&] {
     if (plStatus == nullptr) return kFailure;
     *plStatus = 0;
+    EndEndedLiveRun(ptSystem);
     // A detached camera is re-attached, and then every check runs again.
     for (;;) {
       if (!HasSystemMagic(ptSystem)) return Fail(plStatus, ACQERR_NO_SYSTEM);
@@ -78,6 +85,7 @@ TAVRO_API int32_t kxTavroLiveAcquire(CamImage* ptCamImage, uint32_t yStart, uint
     *plStatus = 0;
     if (!HasSystemMagic(ptSystem)) return Fail(plStatus, ACQERR_NO_SYSTEM);
     if (ptCamImage == nullptr) return Fail(plStatus, ACQERR_NO_IMAGE);
+    EndEndedLiveRun(ptSystem);
     // Whether the camera is attached is the live code's question.
     if (FindCameraNumber(*ptSystem, *ptCamImage) == kNoCamera) {
       return Fail(plStatus, ACQERR_NO_CAMERA);
@@ -93,6 +101,7 @@ TAVRO_API int32_t kxTavroWaitAcquire(CamImage* ptCamImage, uint32_t lValue1, uin
     if (plStatus == nullptr) return kFailure;
     *plStatus = 0;
     if (!HasSystemMagic(ptSystem)) return Fail(plStatus, ACQERR_NO_SYSTEM);
+    EndEndedLiveRun(ptSystem);
     if (ptCamImage == nullptr) return kSuccess;  // nothing to wait for
     if (ptSystem->yLive != 0 && ptCamImage == ptSystem->ptLiveImage) {
       return Fail(plStatus, ACQERR_LIVE_RUNNING);
@@ -114,13 +123,17 @@ TAVRO_API int32_t kxTavroAcquireStatus(CamImage* ptCamImage, uint32_t* plAcqStat
     if (!HasSystemMagic(ptSystem) || ptCamImage == nullptr || plAcqStatus == nullptr) {
       return Fail(plStatus, ACQERR_NO_IMAGE);
     }
+    // A live run that ended on its own counts as ended here already; the
+    // next call that may touch the camera cleans up after it.
+    const bool liveEnded = tavro::camera::LiveRunEnded(*ptSystem);
     if (ptSystem->yLive != 0 && ptCamImage == ptSystem->ptLiveImage) {
-      *plAcqStatus = ACQSTATUS_LIVE;
+      *plAcqStatus = liveEnded ? ACQSTATUS_IDLE : ACQSTATUS_LIVE;
       return kSuccess;
     }
     const int32_t number = FindCameraNumber(*ptSystem, *ptCamImage);
     if (!IsAttached(*ptSystem, number)) return Fail(plStatus, ACQERR_NO_IMAGE);
-    const bool acquiring = tavro::host_interface::tTavroCamAcq[number].yAcquiring != 0;
+    const bool acquiring = tavro::host_interface::tTavroCamAcq[number].yAcquiring != 0 &&
+                           !(liveEnded && number == ptSystem->iLiveCamNum);
     *plAcqStatus = acquiring ? ACQSTATUS_ACQUIRING : ACQSTATUS_IDLE;
     return kSuccess;
   });
@@ -130,6 +143,7 @@ TAVRO_API int32_t _kxTavroOrder(SystemRecord* ptSystem, const CameraRecord* ptWa
   // The host learns nothing from this call, failures included.
   return RunGuarded("_kxTavroOrder", kSuccess, [&] {
     if (ptSystem != nullptr && ptWanted != nullptr) {
+      tavro::camera::EndEndedLiveRun(*ptSystem);
       tavro::lifecycle::OrderCameras(*ptSystem, ptWanted);
     }
     return kSuccess;

@@ -54,4 +54,10 @@ inline bool HoldsOwnedCamera(const CameraSlot& slot) {
   return slot.pCamera != nullptr && detail::Owned().cameras.contains(slot.pCamera);
 }
 
+// True while any camera object the plug-in put into a slot still exists.
+inline bool AnyOwnedCamera() {
+  std::lock_guard lock(detail::Owned().lock);
+  return !detail::Owned().cameras.empty();
+}
+
 }  // namespace tavro::host_interface

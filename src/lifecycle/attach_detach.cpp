@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include "camera/acquisition_ops.h"
 #include "diagnostics/debug_output.h"
+#include "host_interface/acquisition_table.h"
 #include "host_interface/camera_lookup.h"
 #include "host_interface/result.h"
 #include "host_interface/slot_camera.h"
@@ -11,6 +13,22 @@
 #include "parameters/discovery.h"
 
 namespace tavro::lifecycle {
+namespace {
+
+// Whatever the detached camera was doing can no longer end by itself: its
+// live run ends (so that a live start elsewhere is not refused) and its
+// pending image or live run is reported finished, once, so that the host
+// does not wait for it and the next acquisition after re-attach starts
+// clean. The camera's worker has ended by now, so the host may free the
+// image inside the callback.
+void EndAcquisitionOf(SystemRecord& system, int32_t number) {
+  if (system.yLive != 0 && system.iLiveCamNum == number) system.yLive = 0;
+  host_interface::TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
+  if (entry.yAcquiring != 0) camera::ReportFinished(entry, system);
+}
+
+}  // namespace
+
 int32_t DetachCamera(SystemRecord* system, int32_t number) {
   if (system == nullptr || !host_interface::IsAttached(*system, number)) {
     return host_interface::kFailure;
@@ -27,6 +45,7 @@ int32_t DetachCamera(SystemRecord* system, int32_t number) {
   }
   slot.yLive = 0;
   slot.yAttached = 0;
+  EndAcquisitionOf(*system, number);
   return host_interface::kSuccess;
 }
 

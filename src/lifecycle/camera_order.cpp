@@ -20,7 +20,7 @@ using CameraFlags = std::array<bool, kMaxCameras>;
 constexpr uint32_t kOrderUserValue = 0xFFFFFFFFu;  // -1: no host acquisition of its own
 
 // Stops live acquisition and waits for every single acquisition in
-// progress. False when one of them cannot be ended.
+// progress, delivered or not. False when one of them cannot be ended.
 bool EndAcquisitions(SystemRecord& system) {
   uint32_t status = 0;
   if (system.yLive != 0) {
@@ -39,8 +39,16 @@ bool EndAcquisitions(SystemRecord& system) {
       entry.yAcquiring = 0;
       return false;
     }
-    if (camera::WaitForAcquisition(entry.ptCamImage, n, 0, 0, &status, &system) != kSuccess) {
-      return false;
+    CamImage* image = entry.ptCamImage;
+    const uint32_t userValue = entry.iUserValue;
+    if (camera::WaitForAcquisition(image, n, 0, 0, &status, &system) == kSuccess) continue;
+    // A frame that failed or never came ends its acquisition all the same;
+    // only one that could not be ended stops the order.
+    if (entry.yAcquiring != 0) return false;
+    // The camera was stopped without a report. The host did not ask for
+    // this wait, so it hears of the image's end here, once.
+    if (status != ACQERR_CAMERA_OP && system.pfnAcqFinished != nullptr) {
+      system.pfnAcqFinished(image, userValue);
     }
   }
   return true;

@@ -25,9 +25,14 @@ constexpr int32_t kSetupWidthMax = 640;
 constexpr int32_t kSetupHeightMax = 480;
 constexpr double kSetupExposure = -1.0;
 
-// Events of an earlier setup that no teardown closed. A camera object of
-// that setup may still hold one and signal it from its worker, so they are
-// kept open for the life of the process rather than closed under it.
+// Whether a setup started the camera library and no teardown has closed it
+// since: a repeated setup keeps that one start instead of adding another
+// that no teardown would close.
+bool libraryStarted = false;
+
+// Events of an earlier setup that a camera object elsewhere (one attached
+// through another system record) may still signal from its worker: kept
+// open for the life of the process rather than closed under it.
 void RetireEvent(EventHandle event) {
   static std::mutex retiredLock;
   static std::vector<EventHandle> retired;
@@ -60,11 +65,19 @@ void ResetSlot(CameraSlot& slot) {
 }
 
 // Cameras of an earlier setup that no teardown released: left in place
-// they would stay open, and an open camera is no longer listed.
+// they would stay open, and an open camera is no longer listed. The live
+// run and the acquisitions end with them, unreported: the host is starting
+// afresh.
 void ReleaseEarlierCameras(SystemRecord& system) {
   for (CameraSlot& slot : system.tSlot) {
     if (host_interface::HoldsOwnedCamera(slot)) host_interface::TakeCamera(slot).reset();
   }
+}
+
+void StartCameraLibrary() {
+  if (libraryStarted) return;
+  oxel::Library::Initialize();
+  libraryStarted = true;
 }
 
 // Keys longer than the record's field are cut after 62 characters.
@@ -94,7 +107,8 @@ void ResetAcquisitionTable(SystemRecord* system) {
     entry.iHeightMax = 0;
     entry.yAcquiring = 0;
     entry.yHwTrigger = 0;
-    if (entry.hEvent) RetireEvent(std::move(entry.hEvent));
+    // No camera object left means no worker that could still set the event.
+    if (entry.hEvent && host_interface::AnyOwnedCamera()) RetireEvent(std::move(entry.hEvent));
     entry.hEvent = std::make_unique<platform::ManualResetEvent>(true);
   }
 }
@@ -115,11 +129,16 @@ void ReplaceCameraSelection(SystemRecord& system, const char* selection) {
   system.pszCamSelection = copy.release();
 }
 
+void CloseCameraLibrary() {
+  libraryStarted = false;
+  oxel::Library::Close();
+}
+
 int32_t SetupCameras(SystemRecord* system, const char* selection, int* widest, int* highest) {
   ReleaseEarlierCameras(*system);
   ResetCameraRecords(*system);
   ResetAcquisitionTable(system);
-  oxel::Library::Initialize();
+  StartCameraLibrary();
   ReplaceCameraSelection(*system, selection);
 
   int32_t count = MakeListOfAllCameras(selection);

@@ -27,4 +27,8 @@ void ResetAcquisitionTable(SystemRecord* system);
 void ReplaceCameraSelection(SystemRecord& system, const char* selection);
 void FreeCameraSelection(SystemRecord& system);
 
+// Ends the camera library start of the last setup (or, with none, answers
+// the library's own failure): the next setup starts it again.
+void CloseCameraLibrary();
+
 }  // namespace tavro::lifecycle

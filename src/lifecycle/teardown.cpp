@@ -12,6 +12,10 @@
 namespace tavro::lifecycle {
 
 int32_t TearDown(SystemRecord& system) {
+  // Everything ends here without a report: the acquisitions are forgotten
+  // before the detaches, which would otherwise report them.
+  system.yLive = 0;
+  for (auto& entry : host_interface::tTavroCamAcq) entry.yAcquiring = 0;
   // Only numbers that exist, whatever the record says.
   for (int32_t n = 0; n < system.iNumCams && n < host_interface::kMaxCameras; ++n) {
     if (system.tSlot[n].yAttached != 0) DetachCamera(&system, n);
@@ -22,9 +26,7 @@ int32_t TearDown(SystemRecord& system) {
     if (host_interface::HoldsOwnedCamera(slot)) host_interface::TakeCamera(slot).reset();
   }
   for (auto& entry : host_interface::tTavroCamAcq) entry.hEvent.reset();
-  system.yLive = 0;
   for (int32_t n = 0; n < host_interface::kMaxCameras; ++n) {
-    host_interface::tTavroCamAcq[n].yAcquiring = 0;
     host_interface::tTavroCamAcq[n].ptCamImage = nullptr;
     system.tSlot[n].yAttached = 0;
   }
@@ -32,7 +34,7 @@ int32_t TearDown(SystemRecord& system) {
   ReleaseCameraLists();
   // Built now if no setup built it; throws when the library never started.
   oxel::core::DeviceManager& manager = oxel::core::DeviceManager::Instance();
-  oxel::Library::Close();
+  CloseCameraLibrary();
   // Another user of the library keeps it, and the manager's lists with it.
   if (!oxel::Library::IsInitialized()) manager.Reset(true);
   return host_interface::kSuccess;

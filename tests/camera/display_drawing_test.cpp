@@ -90,9 +90,10 @@ TEST(ColourDisplay, OverlappingRowsGiveTheSequentialResult) {
   EXPECT_EQ(memory, expectedMemory);
 }
 
-TEST(LiveDisplay, DrawsFromTheFirstRowsAndStopsAtTheCameraMaximum) {
-  // Planes of 6 x 5 at pitch 8 whose image starts at row 1 (grey) or row 2
-  // (colour); the camera's maximum is 4 x 3; the display has stride 7.
+TEST(LiveDisplay, DrawsFromTheFirstRowInsideTheStrideAndTheCameraMaximum) {
+  // Planes of 6 x 4 at pitch 8, image rows from row 1; the camera's maximum
+  // is 4 x 3. The display's stride bounds the columns; a stride that is not
+  // positive or a negative first row draws nothing.
   const int32_t pitch = 8, planeRows = 5;
   std::vector<uint8_t> grey(pitch * planeRows), red(grey.size()), green(grey.size()),
       blue(grey.size());
@@ -102,37 +103,42 @@ TEST(LiveDisplay, DrawsFromTheFirstRowsAndStopsAtTheCameraMaximum) {
     green[i] = static_cast<uint8_t>(150 + i);
     blue[i] = static_cast<uint8_t>(200 + i);
   }
-  for (const bool colour : {false, true}) {
-    for (const bool bluePlaneMissing : {false, true}) {
-      SCOPED_TRACE(testing::Message() << "colour " << colour << " missing " << bluePlaneMissing);
-      std::vector<uint32_t> display(7 * 6, kUntouched);
-      DrawLiveDisplay({.grey = {grey.data(), 1},
-                       .width = 6,
-                       .height = 4,
-                       .pitch = pitch,
-                       .widthMax = 4,
-                       .heightMax = 3,
-                       .colour = colour,
-                       .red = {red.data(), 2},
-                       .green = {green.data(), 2},
-                       .blue = {bluePlaneMissing ? nullptr : blue.data(), 2},
-                       .display = display.data(),
-                       .displayStride = 7});
+  struct Case {
+    bool colour;
+    int32_t stride;
+    int32_t firstRow;
+    int32_t columns;  // expected; 0: nothing drawn
+  };
+  for (const Case& c :
+       {Case{false, 7, 1, 4}, Case{true, 7, 1, 4}, Case{true, 3, 1, 3}, Case{false, 2, 0, 2},
+        Case{false, 0, 1, 0}, Case{true, -7, 1, 0}, Case{false, 7, -1, 0}}) {
+    SCOPED_TRACE(testing::Message()
+                 << "colour " << c.colour << " stride " << c.stride << " first row " << c.firstRow);
+    std::vector<uint32_t> display(7 * 6, kUntouched);
+    const size_t start = pitch;  // image row 0 is plane row 1
+    DrawLiveDisplay({.grey = grey.data() + start,
+                     .width = 6,
+                     .height = 4,
+                     .pitch = pitch,
+                     .widthMax = 4,
+                     .heightMax = 3,
+                     .colour = c.colour,
+                     .red = red.data() + start,
+                     .green = green.data() + start,
+                     .blue = blue.data() + start,
+                     .display = display.data(),
+                     .displayStride = c.stride,
+                     .displayFirstRow = c.firstRow});
 
-      const bool drawsColour = colour && !bluePlaneMissing;
-      for (int32_t y = 0; y < 6; ++y) {
-        for (int32_t x = 0; x < 7; ++x) {
-          uint32_t expected = kUntouched;
-          const int32_t row = y - 1;  // display rows start at the grey first row
-          if (row >= 0 && row < 3 && x < 4) {
-            const size_t c = (row + 2) * pitch + x, g = (row + 1) * pitch + x;
-            expected =
-                drawsColour ? Packed(red[c], green[c], blue[c]) : Packed(grey[g], grey[g], grey[g]);
-          }
-          ASSERT_EQ(display[y * 7 + x], expected) << x << "," << y;
-        }
+    std::vector<uint32_t> expected(display.size(), kUntouched);
+    for (int32_t row = 0; c.columns > 0 && row < 3; ++row) {
+      for (int32_t x = 0; x < c.columns; ++x) {
+        const size_t at = start + row * pitch + x;
+        expected[(c.firstRow + row) * c.stride + x] =
+            c.colour ? Packed(red[at], green[at], blue[at]) : Packed(grey[at], grey[at], grey[at]);
       }
     }
+    EXPECT_EQ(display, expected);
   }
 }
 

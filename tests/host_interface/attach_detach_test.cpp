@@ -61,8 +61,9 @@ TEST(AttachDetach, DetachDropsTheCameraObjectButKeepsItsIdentity) {
   }
   EXPECT_STREQ(system.tCam[0].szCamKey, "M1");
   EXPECT_EQ(system.aiCamIndex[3], 0);
-  // The live acquisition's own fields are the live code's to clear.
-  EXPECT_EQ(system.yLive, 1u);
+  // Live has ended with its camera; the record still names the image, as
+  // after a stop.
+  EXPECT_EQ(system.yLive, 0u);
   EXPECT_EQ(system.ptLiveImage, &host.image);
   EXPECT_EQ(system.iLiveCamNum, 0);
 }

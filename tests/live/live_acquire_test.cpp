@@ -4,8 +4,12 @@
 // teardown and an unplugged camera.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "camera/display_drawing.h"
 #include "oxel_sim.h"
+#include "support/frame_check.h"
 #include "support/plugin_host.h"
 
 namespace tavro::testing {
@@ -20,6 +24,7 @@ constexpr const char* kNotRunning = "Stop live acquire, but live acquire not run
 // pixel, and nothing drawn beside the image in the display's spare columns.
 void ExpectLastFrameShown(const LiveImage& image, const SimCamera& camera, bool colour) {
   const uint64_t frame = LastFrameId(camera);
+  EXPECT_TRUE(HoldsFrame(image, colour, frame));
   int mismatches = 0;
   for (int32_t y = 0; y < kHeight; ++y) {
     for (int32_t x = 0; x < image.live.iStride; ++x) {
@@ -168,69 +173,118 @@ TEST_F(LiveAcquire, SingleImageOnAnotherCameraStopsLiveFirst) {
   EXPECT_EQ(LastFrameId(kMono), lastLive);
 }
 
-TEST_F(LiveAcquire, DetachAndTeardownDuringLiveEndItCleanly) {
+TEST_F(LiveAcquire, DetachEndsTheRunSoAnotherCameraCanGoLive) {
+  const auto numbers = SetupOn({kMono, kColour});
+  LiveImage image(numbers[0], kWidth, kHeight, false);
+  LiveImage other(numbers[1], kWidth, kHeight, true);
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  ASSERT_TRUE(image.WaitForNewFrame());
+  ASSERT_EQ(Detach(numbers[0]), 0);
+  // Live has ended, and the host is told so once; the record still names
+  // the image, as after a stop.
+  EXPECT_EQ(system->yLive, 0u);
+  EXPECT_EQ(system->tSlot[numbers[0]].yLive, 0u);
+  EXPECT_EQ(system->ptLiveImage, &image.image);
+  EXPECT_EQ(system->iLiveCamNum, numbers[0]);
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].image, &image.image);
+  EXPECT_EQ(finished[0].userValue, kLiveUser);
+  const uint64_t last = LastFrameId(kMono);
+  EXPECT_EQ(Live(image, 0), -1);  // its camera is detached
+  EXPECT_EQ(status, uint32_t{ACQERR_NO_CAMERA});
+
+  ASSERT_EQ(Live(other, 1, kLiveUser), 0);
+  EXPECT_EQ(status, 0u);
+  ASSERT_TRUE(other.WaitForNewFrame());
+  ASSERT_EQ(Live(other, 0), 0);
+  ExpectLastFrameShown(other, kColour, true);
+  EXPECT_EQ(LastFrameId(kMono), last);
+
+  // An acquire re-attaches the detached camera and takes a frame.
+  int32_t acquired = -1;
+  StdoutOf([&] { acquired = Acquire(image, 1, 1); });
+  ASSERT_EQ(acquired, 0);
+  EXPECT_TRUE(HoldsFrame(image, false, LastFrameId(kMono)));
+  ASSERT_EQ(finished.size(), 2u);
+  EXPECT_EQ(finished[1].userValue, 1u);
+}
+
+TEST_F(LiveAcquire, TeardownDuringLiveEndsItWithoutReport) {
   const int16_t number = SetupOn({kMono})[0];
   LiveImage image(number, kWidth, kHeight, false);
   ASSERT_EQ(Live(image, 1, kLiveUser), 0);
   ASSERT_TRUE(image.WaitForNewFrame());
-  ASSERT_EQ(Detach(number), 0);
-  EXPECT_EQ(system->tSlot[number].yAttached, 0u);
-  EXPECT_EQ(system->tSlot[number].yLive, 0u);
-  const uint64_t last = LastFrameId(kMono);
-  // A detached camera cannot be told to stop; live stays marked.
-  EXPECT_EQ(Live(image, 0), -1);
-  EXPECT_EQ(status, uint32_t{ACQERR_NO_CAMERA});
-  EXPECT_EQ(system->yLive, 1u);
-  EXPECT_EQ(LastFrameId(kMono), last);
-
-  // An acquire re-attaches the camera and ends the marked run first,
-  // silently; only the single image is reported.
-  int32_t acquired = -1;
-  StdoutOf([&] { acquired = Acquire(image, 1, 1); });
-  ASSERT_EQ(acquired, 0);
-  EXPECT_EQ(system->yLive, 0u);
-  ASSERT_EQ(finished.size(), 1u);
-  EXPECT_EQ(finished[0].userValue, 1u);
-
-  // Teardown with a camera live.
-  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
-  image.ClearNewFrameFlag();
-  ASSERT_TRUE(image.WaitForNewFrame());
   EXPECT_EQ(TearDownSystem(), 0);
   EXPECT_EQ(system->yLive, 0u);
+  EXPECT_TRUE(finished.empty());
   // After a new setup the same image runs live again.
   EXPECT_EQ(SetupOn({kMono})[0], number);
   image.ClearNewFrameFlag();
   ASSERT_EQ(Live(image, 1, kLiveUser), 0);
   EXPECT_TRUE(image.WaitForNewFrame());
   EXPECT_EQ(Live(image, 0), 0);
+  ExpectLastFrameShown(image, kMono, false);
 }
 
-TEST_F(LiveAcquire, UnpluggedCameraEndsTheRunAndCannotStartAgain) {
-  const int16_t number = SetupOn({kMono})[0];
-  LiveImage image(number, kWidth, kHeight, false);
-  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
-  ASSERT_TRUE(image.WaitForNewFrame());
-  ASSERT_EQ(OxelSim_UnplugCamera(kMono.id), 0);
-  const uint64_t last = LastFrameId(kMono);
-  // The worker gives up on the missing frame, so the stop succeeds.
-  EXPECT_EQ(Live(image, 0), 0);
-  EXPECT_EQ(system->yLive, 0u);
-  EXPECT_EQ(LastFrameId(kMono), last);
-  EXPECT_TRUE(finished.empty());
+TEST_F(LiveAcquire, RunThatDiesEndsAndTellsTheHost) {
+  struct Case {
+    const char* what;
+    bool unplug;  // else the trigger is refused once
+  };
+  for (const Case& c : {Case{"unplugged", true}, Case{"trigger refused", false}}) {
+    SCOPED_TRACE(c.what);
+    finished.clear();
+    const int16_t number = SetupOn({kMono})[0];
+    LiveImage image(number, kWidth, kHeight, false);
+    ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+    ASSERT_TRUE(image.WaitForNewFrame());
+    if (c.unplug) {
+      ASSERT_EQ(OxelSim_UnplugCamera(kMono.id), 0);
+    } else {
+      ASSERT_EQ(OxelSim_FailFeatureWrites(kMono.id, "TriggerSoftware", 1, OXEL_RETURN_CODE_ERROR),
+                0);
+    }
+    // The status of the live image says so, polled as a host polls it.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (Status(image) == ACQSTATUS_LIVE && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::yield();
+    }
+    ASSERT_EQ(Status(image), ACQSTATUS_IDLE);
+    EXPECT_EQ(status, 0u);
+    EXPECT_TRUE(finished.empty()) << "the status query reports nothing";
+    const uint64_t last = LastFrameId(kMono);
 
-  // A camera that does not answer cannot start: the host hears of the
-  // failed run once, and live stays marked until the host stops it.
-  EXPECT_EQ(Live(image, 1, kLiveUser), -1);
-  EXPECT_EQ(status, 0u);
-  EXPECT_EQ(system->lError, -1);
-  EXPECT_EQ(system->yLive, 1u);
-  EXPECT_EQ(system->tSlot[number].yLive, 0u);
-  ASSERT_EQ(finished.size(), 1u);
-  EXPECT_EQ(finished[0].userValue, kLiveUser);
-  EXPECT_EQ(Live(image, 0), 0);
-  EXPECT_EQ(system->yLive, 0u);
-  EXPECT_EQ(finished.size(), 1u);
+    if (c.unplug) {
+      // The next call that may touch the camera ends the run and reports
+      // it once; the stop then finds nothing running.
+      int32_t stopped = -1;
+      EXPECT_EQ(StdoutOf([&] { stopped = Live(image, 0); }), kNotRunning);
+      EXPECT_EQ(stopped, 0);
+      EXPECT_EQ(LastFrameId(kMono), last);
+      // A camera that does not answer cannot start: the host hears of the
+      // failed start too, and live stays marked until the host stops it.
+      EXPECT_EQ(Live(image, 1, kLiveUser), -1);
+      EXPECT_EQ(status, 0u);
+      EXPECT_EQ(system->lError, -1);
+      EXPECT_EQ(system->yLive, 1u);
+      EXPECT_EQ(Live(image, 0), 0);
+      ASSERT_EQ(finished.size(), 2u);
+      OxelSim_ReplugCamera(kMono.id);
+    } else {
+      // A healthy camera starts again at once.
+      ASSERT_EQ(Live(image, 1, kLiveUser + 1), 0);
+      EXPECT_EQ(status, 0u);
+      image.ClearNewFrameFlag();
+      ASSERT_TRUE(image.WaitForNewFrame());
+      ASSERT_EQ(Live(image, 0), 0);
+      ExpectLastFrameShown(image, kMono, false);
+      ASSERT_EQ(finished.size(), 1u);
+    }
+    EXPECT_EQ(finished[0].image, &image.image);
+    EXPECT_EQ(finished[0].userValue, kLiveUser);
+    EXPECT_EQ(system->yLive, 0u);
+    TearDown();
+  }
 }
 
 }  // namespace
