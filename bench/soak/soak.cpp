@@ -34,7 +34,7 @@ constexpr int kWidth = 64;
 constexpr int kHeight = 48;
 
 const char* const kProducer = R"({"system": {"id": "Soak", "interfaces": [{"id": "Bus", "cameras": [
-  {"id": "SOAK-1", "model": "SOAK", "sensor": {"width": 64, "height": 48}}]}]}})";
+  {"id": "SOAK-1", "model": "SOAK", "instantFrames": true, "sensor": {"width": 64, "height": 48}}]}]}})";
 
 struct Usage {
   long rssKb = -1;

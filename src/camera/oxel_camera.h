@@ -219,7 +219,9 @@ class OxelCamera {
   FrameLedger ledger;
   geometry::FormatList formats;
   std::optional<geometry::AoiLimits> aoiLimits;
-  geometry::AoiRect currentAoi;
+  // The rectangle last written in full; empty before the first and after a
+  // write the camera refused part of, so that the next request writes again.
+  std::optional<geometry::AoiRect> currentAoi;
   FrameCallback frameCallback = nullptr;
   void* frameCallbackArg = nullptr;
   Destination destination;

@@ -74,6 +74,8 @@ bool OxelCamera::SetAoi(geometry::AoiRect& rect) {
     WriteInteger(nodeMap, "Width", int64_t{rect.right} - rect.left);
     WriteInteger(nodeMap, "Height", int64_t{rect.bottom} - rect.top);
   } catch (const std::exception&) {
+    // Some of the rectangle may have reached the camera.
+    currentAoi.reset();
     return false;
   }
   // Kept as requested, so that repeating a request the camera cannot take
@@ -83,7 +85,7 @@ bool OxelCamera::SetAoi(geometry::AoiRect& rect) {
 }
 
 bool OxelCamera::ApplyRequestedAoi(geometry::AoiRect rect) {
-  if (rect == currentAoi) return true;
+  if (currentAoi && rect == *currentAoi) return true;
   return SetAoi(rect);
 }
 

@@ -82,10 +82,11 @@ const std::vector<Cell>& Matrix() {
        0, 0},
       {"LateFramePastTimeOut", Point::kBeforeAcquire, [] { OxelSim_DelayFrames(kCam.id, 1, 3500); },
        -1, ACQERR_WAIT_TIMEOUT},
-      {"IncompleteFrame", Point::kBeforeAcquire, [] { OxelSim_IncompleteFrames(kCam.id, 1); }, 0,
-       0},
+      {"IncompleteFrame", Point::kBeforeAcquire, [] { OxelSim_IncompleteFrames(kCam.id, 1); }, -1,
+       ACQERR_WAIT_FAILED},
       {"StreamStartRefused", Point::kBeforeAcquire,
        [] { OxelSim_FailStreamStarts(kCam.id, 1, OXEL_RETURN_CODE_ERROR); }, -1, 0},
+      {"AcquisitionStartRefused", Point::kBeforeAcquire, RefuseWrite("AcquisitionStart"), -1, 0},
       {"TriggerSoftwareRefused", Point::kBeforeAcquire, RefuseWrite("TriggerSoftware"), -1, 0},
       {"TransportLockRefused", Point::kBeforeAcquire, RefuseWrite("TLParamsLocked"), -1, 0},
       {"OffsetXRefused", Point::kBeforeAcquire, RefuseWrite("OffsetX"), 0, 0},
@@ -103,6 +104,8 @@ const std::vector<Cell>& Matrix() {
        0},
       {"StreamStartRefusedAtLiveStart", Point::kBeforeLiveStart,
        [] { OxelSim_FailStreamStarts(kCam.id, 1, OXEL_RETURN_CODE_ERROR); }, -1, 0},
+      {"AcquisitionStartRefusedAtLiveStart", Point::kBeforeLiveStart,
+       RefuseWrite("AcquisitionStart"), -1, 0},
       // Detach, attach, order, teardown.
       {"UnplugBeforeDetach", Point::kBeforeDetach, Unplug, 0, 0},
       {"UnplugBeforeAttach", Point::kBeforeAttach, Unplug, -1, 0},
@@ -118,7 +121,7 @@ class FaultMatrix : public PluginHost, public ::testing::WithParamInterface<Cell
   void UseProducer(Producer producer) {
     switch (producer) {
       case Producer::kGood:
-        UseProducers({ProducerFile({SmallCamera(kCam.id, kCam.key)})});
+        UseProducers({ProducerFile({SmallCamera(kCam.id, kCam.key, R"("instantFrames": true)")})});
         break;
       case Producer::kMissing:
         UseProducers({});
@@ -184,6 +187,8 @@ class FaultMatrix : public PluginHost, public ::testing::WithParamInterface<Cell
     SetupHealthy();
     switch (cell.point) {
       case Point::kBeforeAcquire:
+        // A rectangle of its own, so that the acquisition writes the AOI.
+        image.SetAoi(8, 2, 24, 12);
         cell.fault();
         *result = Acquire(image, 1, 1);
         *bits = status;

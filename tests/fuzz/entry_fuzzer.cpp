@@ -53,15 +53,15 @@ constexpr int kNumCameras = static_cast<int>(kCameras.size());
 // triggered, so that only injected faults wait.
 const char* const kProducer = R"({
   "system": {"id": "FuzzSystem", "interfaces": [{"id": "FuzzBus", "cameras": [
-    {"id": "FZ-C-01", "model": "FZ-C", "userDefinedName": "Left",
+    {"id": "FZ-C-01", "model": "FZ-C", "userDefinedName": "Left", "instantFrames": true,
      "sensor": {"width": 32, "height": 16}, "pixelFormats": ["BGR8", "Mono8"],
      "aoi": {"offsetXIncrement": 8, "offsetYIncrement": 2, "widthIncrement": 8,
              "heightIncrement": 2, "widthMinimum": 16, "heightMinimum": 2}},
-    {"id": "FZ-M-02", "model": "FZ-M", "sensor": {"width": 24, "height": 12},
+    {"id": "FZ-M-02", "model": "FZ-M", "instantFrames": true, "sensor": {"width": 24, "height": 12},
      "aoi": {"offsetXIncrement": 4, "offsetYIncrement": 2, "widthIncrement": 4,
              "heightIncrement": 2, "offsetRule": "strict"},
      "stream": {"minBufferCount": 4, "definesPayloadSize": false}},
-    {"id": "FZ-S-03", "model": "FZ-S", "sensor": {"width": 16, "height": 8}}
+    {"id": "FZ-S-03", "model": "FZ-S", "instantFrames": true, "sensor": {"width": 16, "height": 8}}
   ]}]}})";
 
 const char* const kFeatures[] = {"ExposureTime",

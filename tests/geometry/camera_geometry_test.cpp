@@ -67,7 +67,9 @@ TEST_F(CameraGeometryTest, OffsetsAreWrittenBeforeSizes) {
   EXPECT_FALSE(camera_->SetAoi(request));
   EXPECT_EQ(WriteCount(kColourCameraId, "OffsetX"), offsetWrites + 1);
   EXPECT_EQ(WriteCount(kColourCameraId, "Width"), widthWrites);
-  EXPECT_EQ(camera_->currentAoi, (geometry::AoiRect{0, 0, 1936, 1216}));
+  // Part of a refused rectangle may have reached the camera: the next
+  // request writes again, whatever it is.
+  EXPECT_FALSE(camera_->currentAoi.has_value());
   EXPECT_EQ(CameraAoi(), (geometry::AoiRect{0, 0, 1936, 1216}));
 }
 
