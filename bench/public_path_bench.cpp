@@ -37,11 +37,10 @@ constexpr int32_t kHeight = 1216;
 constexpr size_t kFrameBytes = size_t{kWidth} * kHeight * 3;
 
 // A producer directory holding the bundled colour camera alone, with
-// "instantFrames" set when asked, named by GENICAM_GENTL64_PATH; removed
-// at exit.
+// "instantFrames" set, named by GENICAM_GENTL64_PATH; removed at exit.
 class InstantCamera {
  public:
-  explicit InstantCamera(bool instant) {
+  InstantCamera() {
     std::ifstream in(TAVRO_SOURCE_DIR "/sim/producers/oxel_u3v.cti");
     nlohmann::json producer = nlohmann::json::parse(in);
     nlohmann::json& cameras = producer["system"]["interfaces"][0]["cameras"];
@@ -52,7 +51,7 @@ class InstantCamera {
       }
     }
     if (colour.is_null()) throw std::runtime_error("no bundled 1936 x 1216 camera");
-    if (instant) colour["instantFrames"] = true;
+    colour["instantFrames"] = true;
     key_ = colour["model"].get<std::string>() + "-" + colour["userDefinedName"].get<std::string>();
     cameras = nlohmann::json::array({colour});
 
@@ -106,24 +105,11 @@ struct QuietSystem {
   std::unique_ptr<tavro_host::CameraSystem> system;
 };
 
-// Set up once for the process, as a host does; torn down at exit. A
-// simulator that refuses "instantFrames" gets the camera as bundled, whose
-// frames take their own time: the rows still compare full and tiny planes.
+// Set up once for the process, as a host does; torn down at exit.
 tavro_host::CameraSystem& System() {
-  static std::unique_ptr<InstantCamera> camera;
-  static const std::unique_ptr<QuietSystem> system = [] {
-    for (const bool instant : {true, false}) {
-      camera = std::make_unique<InstantCamera>(instant);
-      try {
-        return std::make_unique<QuietSystem>(camera->key());
-      } catch (const std::runtime_error&) {
-        if (!instant) throw;
-        std::fprintf(stderr, "The simulator refused \"instantFrames\"; timing as bundled.\n");
-      }
-    }
-    return std::unique_ptr<QuietSystem>();
-  }();
-  return *system->system;
+  static const InstantCamera camera;
+  static const QuietSystem system(camera.key());
+  return *system.system;
 }
 
 const tavro_host::Plugin& Plugin() {

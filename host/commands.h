@@ -3,12 +3,25 @@
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace tavro_host {
 
 using Arguments = std::vector<std::string>;
+
+// Exit codes of every command.
+enum ExitCode : int {
+  kExitDone = 0,
+  kExitFailed = 1,  // the cameras, the plug-in or the output file failed
+  kExitUsage = 2,   // the command line is wrong; nothing was tried
+};
+
+// A wrong command line: an unknown option, a missing or malformed value.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
 // Sets up the cameras and describes each: key, formats, AOI limits, largest
 // size and parameter table.
@@ -29,10 +42,10 @@ int RunCycle(const Arguments& arguments);
 int RunOrder(const Arguments& arguments);
 
 // The value after option `name` at position `index` (which it advances);
-// throws std::runtime_error when it is missing.
+// throws UsageError when it is missing.
 std::string OptionValue(const Arguments& arguments, size_t& index);
 
-// `text` as a 32-bit integer; throws std::runtime_error naming `option`.
+// `text` as a 32-bit integer; throws UsageError naming `option`.
 int32_t IntegerValue(const std::string& text, const std::string& option);
 
 }  // namespace tavro_host

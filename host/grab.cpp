@@ -71,7 +71,7 @@ GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
       int32_t* r = options.aoiRect;
       if (std::sscanf(value.c_str(), "%d,%d,%d,%d%n", &r[0], &r[1], &r[2], &r[3], &used) != 4 ||
           static_cast<size_t>(used) != value.size()) {
-        throw std::runtime_error("--aoi wants L,T,R,B, got " + value);
+        throw UsageError("--aoi wants L,T,R,B, got " + value);
       }
       options.aoi = true;
     } else if (name == "--exposure") {
@@ -87,7 +87,7 @@ GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
     } else if (name == "--line0") {
       options.line0Camera = OptionValue(arguments, k);
     } else {
-      throw std::runtime_error("grab: unknown option " + name);
+      throw UsageError("grab: unknown option " + name);
     }
   }
   return options;
@@ -126,7 +126,7 @@ std::string GrabAndSave(const GrabOptions& options) {
   if (options.aoi) {
     width = options.aoiRect[2] - options.aoiRect[0];
     height = options.aoiRect[3] - options.aoiRect[1];
-    if (width <= 0 || height <= 0) throw std::runtime_error("--aoi: empty or inverted area");
+    if (width <= 0 || height <= 0) throw UsageError("--aoi: empty or inverted area");
     // The plug-in cuts an area to the sensor; planes of the asked size would
     // then be saved with an unwritten band.
     const int32_t* r = options.aoiRect;

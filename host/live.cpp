@@ -61,7 +61,7 @@ double Seconds(const std::string& text, const std::string& option) {
     used = 0;
   }
   if (used != text.size() || !(value > 0) || !std::isfinite(value)) {
-    throw std::runtime_error(option + ": not a positive number: " + text);
+    throw UsageError(option + ": not a positive number: " + text);
   }
   return value;
 }
@@ -80,17 +80,17 @@ LiveOptions ParseOptions(const Arguments& arguments, bool& help) {
       options.selection = OptionValue(arguments, k);
     } else if (name == "--frames") {
       options.frames = IntegerValue(OptionValue(arguments, k), name);
-      if (options.frames <= 0) throw std::runtime_error("--frames: must be above 0");
+      if (options.frames <= 0) throw UsageError("--frames: must be above 0");
     } else if (name == "--seconds") {
       options.seconds = Seconds(OptionValue(arguments, k), name);
     } else if (name == "--colour" || name == "--color") {
       options.colour = true;
     } else {
-      throw std::runtime_error("live: unknown option " + name);
+      throw UsageError("live: unknown option " + name);
     }
   }
   if (options.frames > 0 && options.seconds > 0) {
-    throw std::runtime_error("live: give --frames or --seconds, not both");
+    throw UsageError("live: give --frames or --seconds, not both");
   }
   if (options.frames == 0 && options.seconds == 0) options.frames = kDefaultFrames;
   return options;

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 
 #include "commands.h"
+#include "plugin.h"
 
 namespace tavro_host {
 namespace {
@@ -26,19 +28,36 @@ const Command kCommands[] = {
     {"order", "reorder the host camera ids", RunOrder},
 };
 
-void PrintUsage() {
-  std::cout << "usage: tavro-host [COMMAND] [OPTIONS]   (COMMAND --help for its options)\n\n";
+void PrintUsage(std::ostream& out) {
+  out << "usage: tavro-host [--quiet] [COMMAND] [OPTIONS]   (COMMAND --help for its options)\n\n";
   for (const Command& command : kCommands) {
-    std::cout << "  " << command.name << std::string(10 - std::string(command.name).size(), ' ')
-              << command.summary << "\n";
+    out << "  " << command.name << std::string(10 - std::string(command.name).size(), ' ')
+        << command.summary << "\n";
   }
-  std::cout << "\nWithout GENICAM_GENTL64_PATH the bundled simulated cameras are used.\n";
+  out << "\n  -q, --quiet  hide the plug-in's own messages; results and errors still show\n"
+         "\nResults go to standard output, errors to standard error. Exit codes:\n"
+         "  0  done\n"
+         "  1  failed: no camera, the plug-in or an acquisition failed, a file not written\n"
+         "  2  wrong command line: unknown command or option, missing or malformed value\n"
+         "\nWithout GENICAM_GENTL64_PATH the bundled simulated cameras are used.\n";
+}
+
+// Takes the options every command accepts, wherever they stand.
+void TakeGlobalOptions(Arguments& arguments) {
+  for (auto k = arguments.begin(); k != arguments.end();) {
+    if (*k == "--quiet" || *k == "-q") {
+      SetPluginOutput(PluginOutput::kHidden);
+      k = arguments.erase(k);
+    } else {
+      ++k;
+    }
+  }
 }
 
 }  // namespace
 
 std::string OptionValue(const Arguments& arguments, size_t& index) {
-  if (index + 1 >= arguments.size()) throw std::runtime_error(arguments[index] + " needs a value");
+  if (index + 1 >= arguments.size()) throw UsageError(arguments[index] + " needs a value");
   return arguments[++index];
 }
 
@@ -51,7 +70,7 @@ int32_t IntegerValue(const std::string& text, const std::string& option) {
     used = 0;
   }
   if (text.empty() || used != text.size() || value < INT32_MIN || value > INT32_MAX) {
-    throw std::runtime_error(option + ": not a number: \"" + text + "\"");
+    throw UsageError(option + ": not a number: \"" + text + "\"");
   }
   return static_cast<int32_t>(value);
 }
@@ -61,23 +80,27 @@ int32_t IntegerValue(const std::string& text, const std::string& option) {
 int main(int argc, char** argv) {
   using namespace tavro_host;
   Arguments arguments(argv + 1, argv + argc);
+  TakeGlobalOptions(arguments);
   std::string name = "list";
-  if (!arguments.empty() && arguments.front().rfind("--", 0) != 0) {
+  if (!arguments.empty() && arguments.front().rfind("-", 0) != 0) {
     name = arguments.front();
     arguments.erase(arguments.begin());
-  } else if (!arguments.empty() && arguments.front() == "--help") {
-    PrintUsage();
-    return 0;
+  } else if (!arguments.empty() && (arguments.front() == "--help" || arguments.front() == "-h")) {
+    PrintUsage(std::cout);
+    return kExitDone;
   }
   try {
     for (const Command& command : kCommands) {
       if (name == command.name) return command.run(arguments);
     }
     std::cerr << "tavro-host: unknown command " << name << "\n";
-    PrintUsage();
-    return 2;
+    PrintUsage(std::cerr);
+    return kExitUsage;
+  } catch (const UsageError& error) {
+    std::cerr << "tavro-host: " << error.what() << "\n";
+    return kExitUsage;
   } catch (const std::exception& error) {
     std::cerr << "tavro-host: " << error.what() << "\n";
-    return 1;
+    return kExitFailed;
   }
 }

@@ -45,14 +45,14 @@ std::vector<int32_t> NumberList(const std::string& text, const std::string& opti
     const size_t comma = text.find(',', start);
     const int32_t number = IntegerValue(text.substr(start, comma - start), option);
     if (std::find(numbers.begin(), numbers.end(), number) != numbers.end()) {
-      throw std::runtime_error(option + ": " + std::to_string(number) + " given twice in " + text);
+      throw UsageError(option + ": " + std::to_string(number) + " given twice in " + text);
     }
     numbers.push_back(number);
     if (comma == std::string::npos) break;
     start = comma + 1;
   }
   if (numbers.size() > TAVRO_MAX_CAMERAS) {
-    throw std::runtime_error(option + ": at most 16 numbers, got " + text);
+    throw UsageError(option + ": at most 16 numbers, got " + text);
   }
   return numbers;
 }
@@ -86,7 +86,7 @@ ManageOptions ParseOptions(const Arguments& arguments, bool& help, const std::st
     } else if (name == "--map" && command == "order") {
       options.map = NumberList(OptionValue(arguments, k), name);
     } else {
-      throw std::runtime_error(command + ": unknown option " + name);
+      throw UsageError(command + ": unknown option " + name);
     }
   }
   return options;
@@ -166,7 +166,7 @@ void Cycle(const ManageOptions& options) {
 }
 
 void Order(const ManageOptions& options) {
-  if (options.map.empty()) throw std::runtime_error("order: --map is required");
+  if (options.map.empty()) throw UsageError("order: --map is required");
   const Plugin& plugin = LoadPlugin();
   CameraSystem cameras(plugin, options.selection);
   SystemRecord& system = cameras.record();

@@ -6,14 +6,14 @@
 #include <string>
 
 namespace tavro_host {
-namespace {
 
-// Names fill their field without a terminator when they are that long.
 std::string FieldText(const char* field, size_t size) {
   size_t length = 0;
   while (length < size && field[length] != '\0') ++length;
   return std::string(field, length);
 }
+
+namespace {
 
 void DescribeFormats(std::ostringstream& text, const CameraRecord& camera) {
   text << "  formats (" << camera.iNumFormats << "):\n";

@@ -36,6 +36,10 @@ class CameraSystem {
   int highest_ = 0;
 };
 
+// The text of a name field; names fill their field without a terminator
+// when they are that long.
+std::string FieldText(const char* field, size_t size);
+
 // One camera's description as the host shows it: key, formats, AOI limits
 // and parameter table.
 std::string DescribeCamera(const CameraRecord& camera);

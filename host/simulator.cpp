@@ -10,10 +10,11 @@
 namespace tavro_host {
 namespace {
 
-// Null when the library beside this executable has no such function.
+// Null when the camera library the plug-in loads (beside it) has no such
+// function.
 void* Control(const char* name) {
   static void* const library =
-      dlopen((ExecutableDirectory() + "liboxel.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
+      dlopen((PluginDirectory() + "liboxel.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
   return library != nullptr ? dlsym(library, name) : nullptr;
 }
 

@@ -5,6 +5,7 @@
 #   tsan     the suite under ThreadSanitizer
 #   fuzz     the entry-point fuzzer (clang, libFuzzer) for a fixed number of
 #            inputs from the committed corpus; FUZZ_RUNS overrides the count
+#   install  install, build and run the example host, the Debian package
 # Without a stage, all of them in that order.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -13,7 +14,7 @@ scripts/ensure-deps.sh
 git ls-files -z '*.c' '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
 
 stages=("$@")
-((${#stages[@]})) || stages=(default asan tsan fuzz)
+((${#stages[@]})) || stages=(default install asan tsan fuzz)
 for stage in "${stages[@]}"; do
   echo "== ${stage}"
   case "$stage" in
@@ -35,6 +36,7 @@ for stage in "${stages[@]}"; do
         build/fuzz/bin/tavro_fuzz -runs="${FUZZ_RUNS:-2000}" -seed=1 -timeout=120 \
         -print_final_stats=1 "$scratch" tests/fuzz/corpus
       ;;
+    install) scripts/check-install.sh ;;
     *)
       echo "scripts/test.sh: unknown stage '${stage}'" >&2
       exit 2

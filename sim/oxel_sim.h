@@ -20,7 +20,8 @@
  *
  * Frame pattern: every delivered pixel is a pure function of its sensor
  * position (x, y: the AOI offset is included) and of the frame's ID, so a test
- * can check every byte it receives with the inline functions below.
+ * can check every byte it receives with the inline functions below. It is a
+ * test picture a person can read too (described above OxelSim_PatternRowKey).
  */
 #ifndef OXEL_OXEL_SIM_H
 #define OXEL_OXEL_SIM_H
@@ -104,14 +105,170 @@ OXEL_RETURN_CODE OxelSim_GetLastFrameId(const char* deviceId, uint64_t* frameId)
 OXEL_RETURN_CODE OxelSim_GetFeatureWriteCount(const char* deviceId, const char* featureName,
                                               uint64_t* count);
 
-/* The pattern: a ramp along x whose phase moves with y and with the frame. */
+/* The test picture. Sensor pixels (0, 0) to (1279, 1023) hold a card, top to
+ * bottom:
+ *   y    0 to  447  eight colour bars 160 pixels wide, named at the top:
+ *                   white, yellow, cyan, green, magenta, red, blue, black,
+ *                   with a red triangle (black edge) in the sensor's corner
+ *   y  448 to  575  a grey ramp, 0 at x 0 to 239 at x 1279
+ *   y  576 to 1023  "FRAME" and the frame number in digits 224 pixels tall:
+ *                   frame ID - OXEL_SIM_FIRST_FRAME_ID, modulo 1000000
+ * Right of the card the bars and the ramp repeat and the number's band stays
+ * black; below it lies a grey checkerboard of 64-pixel squares.
+ *
+ * Every byte is the picture's level (0 to 239) plus a frame tag (0 to 15):
+ * (frame ID + x + x / 16 + 7 y) modulo 16, the same in every colour channel.
+ * The tag makes every pixel differ between frames whose IDs differ by 1 to
+ * 15 (the number's strokes move the level by 239), and makes an image that
+ * landed a few pixels off its place differ from the expected one. A "Mono8"
+ * camera sends the picture's luma (the plug-in's grey weights) plus the tag. */
+
+/* The picture is drawn one row at a time: rows with the same key are the same
+ * for every x. Bit 63 marks rows that change with the frame. */
+#define OXEL_SIM_PATTERN_CARD_WIDTH 1280u
+#define OXEL_SIM_PATTERN_CARD_HEIGHT 1024u
+#define OXEL_SIM_PATTERN_FRAME_ROW UINT64_C(0x8000000000000000)
+
+enum {
+  OxelSimRowChecker = 1,
+  OxelSimRowBars,   /* parameter: label font row + 1, 0 outside the labels */
+  OxelSimRowCorner, /* parameter: y */
+  OxelSimRowRamp,
+  OxelSimRowCaption, /* parameter: caption font row + 1, 0 outside it */
+  OxelSimRowDigits,  /* parameter: font row, and the six digits' bits of that row */
+};
+
+/* Row `row` (0 top) of a 5 x 7 glyph: five bits, the leftmost highest. Only
+ * the characters the picture uses; 0 for the others. */
+static inline uint32_t OxelSim_PatternGlyphRow(char c, uint32_t row) {
+  static const char kCharacters[] = "0123456789ABCDEFGHIKLMNORTUWY";
+  static const uint8_t kGlyphs[][7] = {
+      {0x0E, 0x11, 0x13, 0x15, 0x19, 0x11, 0x0E}, {0x04, 0x0C, 0x04, 0x04, 0x04, 0x04, 0x0E},
+      {0x0E, 0x11, 0x01, 0x02, 0x04, 0x08, 0x1F}, {0x1F, 0x02, 0x04, 0x02, 0x01, 0x11, 0x0E},
+      {0x02, 0x06, 0x0A, 0x12, 0x1F, 0x02, 0x02}, {0x1F, 0x10, 0x1E, 0x01, 0x01, 0x11, 0x0E},
+      {0x06, 0x08, 0x10, 0x1E, 0x11, 0x11, 0x0E}, {0x1F, 0x01, 0x02, 0x04, 0x08, 0x08, 0x08},
+      {0x0E, 0x11, 0x11, 0x0E, 0x11, 0x11, 0x0E}, {0x0E, 0x11, 0x11, 0x0F, 0x01, 0x02, 0x0C},
+      {0x0E, 0x11, 0x11, 0x1F, 0x11, 0x11, 0x11}, {0x1E, 0x11, 0x11, 0x1E, 0x11, 0x11, 0x1E},
+      {0x0E, 0x11, 0x10, 0x10, 0x10, 0x11, 0x0E}, {0x1C, 0x12, 0x11, 0x11, 0x11, 0x12, 0x1C},
+      {0x1F, 0x10, 0x10, 0x1E, 0x10, 0x10, 0x1F}, {0x1F, 0x10, 0x10, 0x1E, 0x10, 0x10, 0x10},
+      {0x0E, 0x11, 0x10, 0x17, 0x11, 0x11, 0x0F}, {0x11, 0x11, 0x11, 0x1F, 0x11, 0x11, 0x11},
+      {0x0E, 0x04, 0x04, 0x04, 0x04, 0x04, 0x0E}, {0x11, 0x12, 0x14, 0x18, 0x14, 0x12, 0x11},
+      {0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x1F}, {0x11, 0x1B, 0x15, 0x15, 0x11, 0x11, 0x11},
+      {0x11, 0x11, 0x19, 0x15, 0x13, 0x11, 0x11}, {0x0E, 0x11, 0x11, 0x11, 0x11, 0x11, 0x0E},
+      {0x1E, 0x11, 0x11, 0x1E, 0x14, 0x12, 0x11}, {0x1F, 0x04, 0x04, 0x04, 0x04, 0x04, 0x04},
+      {0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x0E}, {0x11, 0x11, 0x11, 0x15, 0x15, 0x15, 0x0A},
+      {0x11, 0x11, 0x11, 0x0A, 0x04, 0x04, 0x04}};
+  uint32_t k;
+  if (row >= 7) return 0;
+  for (k = 0; kCharacters[k] != '\0'; ++k) {
+    if (kCharacters[k] == c) return kGlyphs[k][row];
+  }
+  return 0;
+}
+
+/* Whether pixel column x of font row `row` is ink in `text` drawn from
+ * column `left` with glyphs `scale` pixels per dot and one dot between. */
+static inline int OxelSim_PatternTextInk(const char* text, uint32_t left, uint32_t scale,
+                                         uint32_t x, uint32_t row) {
+  uint32_t cell, dot, length = 0;
+  while (text[length] != '\0') ++length;
+  if (x < left) return 0;
+  cell = (x - left) / (6u * scale);
+  dot = (x - left) % (6u * scale) / scale;
+  if (cell >= length || dot >= 5) return 0;
+  return (OxelSim_PatternGlyphRow(text[cell], row) >> (4u - dot)) & 1u;
+}
+
+/* The key of the picture's row y in frame `frameId`. */
+static inline uint64_t OxelSim_PatternRowKey(uint32_t y, uint64_t frameId) {
+  uint64_t number, bits = 0;
+  uint32_t k, row;
+  if (y >= OXEL_SIM_PATTERN_CARD_HEIGHT) return (uint64_t)OxelSimRowChecker << 56 | (y / 64u & 1u);
+  if (y < 64) return (uint64_t)OxelSimRowCorner << 56 | y;
+  if (y < 448) {
+    return (uint64_t)OxelSimRowBars << 56 | (y >= 80 && y < 101 ? (y - 80) / 3 + 1 : 0);
+  }
+  if (y < 576) return (uint64_t)OxelSimRowRamp << 56;
+  if (y >= 600 && y < 628) return (uint64_t)OxelSimRowCaption << 56 | ((y - 600) / 4 + 1);
+  if (y < 656 || y >= 880) return (uint64_t)OxelSimRowCaption << 56;
+  row = (y - 656) / 32;
+  number = (frameId - OXEL_SIM_FIRST_FRAME_ID) % 1000000u;
+  for (k = 0; k < 6; ++k, number /= 10) {
+    bits |= (uint64_t)OxelSim_PatternGlyphRow((char)('0' + number % 10), row) << (5 * k);
+  }
+  return OXEL_SIM_PATTERN_FRAME_ROW | (uint64_t)OxelSimRowDigits << 56 | bits << 3 | row;
+}
+
+/* The picture's colour at column x of row `rowKey`: 0x00RRGGBB, each level 0
+ * to 239. */
+static inline uint32_t OxelSim_PatternColour(uint32_t x, uint64_t rowKey) {
+  /* white, yellow, cyan, green, magenta, red, blue, black */
+  static const uint32_t kBars[8] = {0xEFEFEF, 0xEFEF00, 0x00EFEF, 0x00EF00,
+                                    0xEF00EF, 0xEF0000, 0x0000EF, 0x000000};
+  static const char* const kNames[8] = {"WHITE",   "YELLOW", "CYAN", "GREEN",
+                                        "MAGENTA", "RED",    "BLUE", "BLACK"};
+  const uint32_t kind = (uint32_t)(rowKey >> 56) & 0xFu;
+  const uint32_t parameter = (uint32_t)rowKey & 0xFFu;
+  const uint32_t cx = x % OXEL_SIM_PATTERN_CARD_WIDTH;
+  uint32_t bar, width, cell, dot;
+  switch (kind) {
+    case OxelSimRowChecker:
+      return ((x / 64u & 1u) ^ parameter) != 0 ? 0x808080 : 0x505050;
+    case OxelSimRowCorner:
+      if (x + parameter < 56) return 0xEF0000;
+      if (x + parameter < 64) return 0x000000;
+      return kBars[cx / 160];
+    case OxelSimRowBars:
+      bar = cx / 160;
+      if (parameter != 0) {
+        width = 0;
+        while (kNames[bar][width] != '\0') ++width;
+        if (OxelSim_PatternTextInk(kNames[bar], bar * 160 + (160 - (width * 18 - 3)) / 2, 3, cx,
+                                   parameter - 1)) {
+          return bar < 4 ? 0x000000 : 0xEFEFEF; /* dark on the light bars */
+        }
+      }
+      return kBars[bar];
+    case OxelSimRowRamp:
+      return (cx * 3 / 16) * 0x010101u;
+    case OxelSimRowCaption:
+      return x < OXEL_SIM_PATTERN_CARD_WIDTH && parameter != 0 &&
+                     OxelSim_PatternTextInk("FRAME", 64, 4, x, parameter - 1)
+                 ? 0xEFEFEF
+                 : 0x000000;
+    case OxelSimRowDigits:
+      if (x < 64 || x >= 64 + 6 * 192) return 0x000000;
+      cell = (x - 64) / 192;
+      dot = (x - 64) % 192 / 32;
+      if (dot >= 5) return 0x000000;
+      /* the first digit drawn is the most significant */
+      return (rowKey >> (3 + 5 * (5 - cell)) >> (4 - dot) & 1u) != 0 ? 0xEFEFEF : 0x000000;
+    default:
+      return 0x000000;
+  }
+}
+
+/* The frame tag added to every byte of pixel (x, y). */
+static inline uint8_t OxelSim_PatternTag(uint32_t x, uint32_t y, uint64_t frameId) {
+  return (uint8_t)(((uint32_t)frameId + x + x / 16u + 7u * y) & 15u);
+}
+
+/* The grey level of a picture colour, with the plug-in's weights. */
+static inline uint8_t OxelSim_PatternLuma(uint32_t colour) {
+  return (uint8_t)((19595u * (colour >> 16 & 0xFFu) + 38470u * (colour >> 8 & 0xFFu) +
+                    7471u * (colour & 0xFFu)) >>
+                   16);
+}
+
 static inline uint8_t OxelSim_PatternMono8(uint32_t x, uint32_t y, uint64_t frameId) {
-  return (uint8_t)(x + 7u * y + (uint32_t)frameId);
+  const uint32_t colour = OxelSim_PatternColour(x, OxelSim_PatternRowKey(y, frameId));
+  return (uint8_t)(OxelSim_PatternLuma(colour) + OxelSim_PatternTag(x, y, frameId));
 }
 /* channel: 0 blue, 1 green, 2 red (the byte order of BGR8). */
 static inline uint8_t OxelSim_PatternBgr8(uint32_t x, uint32_t y, uint64_t frameId,
                                           uint32_t channel) {
-  return (uint8_t)(x + 7u * y + (uint32_t)frameId + 85u * channel);
+  const uint32_t colour = OxelSim_PatternColour(x, OxelSim_PatternRowKey(y, frameId));
+  return (uint8_t)((colour >> (8 * channel) & 0xFFu) + OxelSim_PatternTag(x, y, frameId));
 }
 
 #ifdef __cplusplus

@@ -1,10 +1,11 @@
-// Writes the simulator's frame pattern (see oxel_sim.h) into a buffer. Each
-// row of the pattern is a window of one precomputed ramp, so a frame costs one
-// row copy per row.
+// Writes the simulator's frame pattern (see oxel_sim.h) into a buffer. The
+// picture is made of few distinct rows: each is drawn once and kept, and a
+// frame costs one add of a row and a precomputed frame-tag row per row.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 namespace oxelsim {
@@ -25,11 +26,18 @@ class FramePattern {
               size_t capacity);
 
  private:
-  void Prepare(uint32_t width, uint32_t bytesPerPixel);
+  void Prepare(const FrameGeometry& geometry);
+  const uint8_t* PictureRow(uint64_t rowKey);
 
-  std::vector<uint8_t> ramp_;
-  uint32_t rampWidth_ = 0;
-  uint32_t rampBytesPerPixel_ = 0;
+  uint32_t offsetX_ = 0;
+  uint32_t width_ = 0;
+  uint32_t bytesPerPixel_ = 0;
+  // Tag rows for the 16 phases of (frame ID + 7 y), one after the other.
+  std::vector<uint8_t> tags_;
+  // Picture rows by key; those that change with the frame are dropped now
+  // and then, the others kept until the geometry changes.
+  std::unordered_map<uint64_t, std::vector<uint8_t>> steadyRows_;
+  std::unordered_map<uint64_t, std::vector<uint8_t>> frameRows_;
 };
 
 }  // namespace oxelsim

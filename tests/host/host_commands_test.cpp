@@ -81,50 +81,57 @@ TEST(HostCommands, LiveAndGrabReportAndSaveImagesOfTheRightSize) {
 }
 
 TEST(HostCommands, BadValuesAreRefusedWithAMessageAndNoFile) {
+  // A wrong command line answers 2 before any camera is touched; a command
+  // line the cameras cannot satisfy answers 1.
+  constexpr int kUsage = 2;
+  constexpr int kFailed = 1;
   struct Case {
     std::string arguments;
+    int exitCode;
     std::string message;
   };
   const std::vector<Case> cases = {
-      {"live --frames 0", "tavro-host: --frames: must be above 0\n"},
-      {"live --frames x", "tavro-host: --frames: not a number: \"x\"\n"},
-      {"live --frames 5x", "tavro-host: --frames: not a number: \"5x\"\n"},
-      {"live --seconds 0", "tavro-host: --seconds: not a positive number: 0\n"},
-      {"live --seconds inf", "tavro-host: --seconds: not a positive number: inf\n"},
-      {"live --frames 3 --seconds 1", "tavro-host: live: give --frames or --seconds, not both\n"},
-      {"live --camera 5", "tavro-host: no camera 5 (2 opened)\n"},
-      {"live --select OX-GE-50M", "tavro-host: Setup found no camera\n"},
-      {"live --fast", "tavro-host: live: unknown option --fast\n"},
-      {"grab --camera -1", "tavro-host: no camera -1 (2 opened)\n"},
-      {"grab --aoi 8,2", "tavro-host: --aoi wants L,T,R,B, got 8,2\n"},
-      {"grab --aoi 72,2,8,34", "tavro-host: --aoi: empty or inverted area\n"},
-      {"grab --aoi 0,0,3000,40", "tavro-host: --aoi: the area leaves the 1936 x 1216 sensor\n"},
-      {"grab --aoi 1,2,72,34",
+      {"live --frames 0", kUsage, "tavro-host: --frames: must be above 0\n"},
+      {"live --frames x", kUsage, "tavro-host: --frames: not a number: \"x\"\n"},
+      {"live --frames 5x", kUsage, "tavro-host: --frames: not a number: \"5x\"\n"},
+      {"live --seconds 0", kUsage, "tavro-host: --seconds: not a positive number: 0\n"},
+      {"live --seconds inf", kUsage, "tavro-host: --seconds: not a positive number: inf\n"},
+      {"live --frames 3 --seconds 1", kUsage,
+       "tavro-host: live: give --frames or --seconds, not both\n"},
+      {"live --camera 5", kFailed, "tavro-host: no camera 5 (2 opened)\n"},
+      {"live --select OX-GE-50M", kFailed, "tavro-host: Setup found no camera\n"},
+      {"live --fast", kUsage, "tavro-host: live: unknown option --fast\n"},
+      {"grab --camera -1", kFailed, "tavro-host: no camera -1 (2 opened)\n"},
+      {"grab --aoi 8,2", kUsage, "tavro-host: --aoi wants L,T,R,B, got 8,2\n"},
+      {"grab --aoi 72,2,8,34", kUsage, "tavro-host: --aoi: empty or inverted area\n"},
+      {"grab --aoi 0,0,3000,40", kFailed,
+       "tavro-host: --aoi: the area leaves the 1936 x 1216 sensor\n"},
+      {"grab --aoi 1,2,72,34", kFailed,
        "tavro-host: --aoi: this camera takes offsets in steps of 8,2 and sizes from 16 x 2 in "
        "steps "
        "of 8,2\n"},
-      {"grab --aoi 0,0,8,2",
+      {"grab --aoi 0,0,8,2", kFailed,
        "tavro-host: --aoi: this camera takes offsets in steps of 8,2 and sizes from 16 x 2 in "
        "steps "
        "of 8,2\n"},
-      {"grab --hw-trigger --line0 nothing",
+      {"grab --hw-trigger --line0 nothing", kFailed,
        "tavro-host: cannot pulse line 0 of simulated camera nothing\n"},
-      {"cycle --camera 2", "tavro-host: no camera 2 (2 opened)\n"},
-      {"cycle --map 1,0", "tavro-host: cycle: unknown option --map\n"},
-      {"order", "tavro-host: order: --map is required\n"},
-      {"order --map 0,0", "tavro-host: --map: 0 given twice in 0,0\n"},
-      {"order --map 1",
+      {"cycle --camera 2", kFailed, "tavro-host: no camera 2 (2 opened)\n"},
+      {"cycle --map 1,0", kUsage, "tavro-host: cycle: unknown option --map\n"},
+      {"order", kUsage, "tavro-host: order: --map is required\n"},
+      {"order --map 0,0", kUsage, "tavro-host: --map: 0 given twice in 0,0\n"},
+      {"order --map 1", kFailed,
        "tavro-host: order: --map needs 2 camera numbers, one per opened camera, "
        "got 1\n"},
-      {"order --map 0,1,2", "needs 2 camera numbers, one per opened camera, got 3\n"},
-      {"order --map 1,0 --select OX-U3-13M",
+      {"order --map 0,1,2", kFailed, "needs 2 camera numbers, one per opened camera, got 3\n"},
+      {"order --map 1,0 --select OX-U3-13M", kFailed,
        "needs 1 camera numbers, one per opened camera, got 2\n"},
-      {"order --map a,0", "tavro-host: --map: not a number: \"a\"\n"},
-      {"order --map 1,,0", "tavro-host: --map: not a number: \"\"\n"},
-      {"order --map 1,0,", "tavro-host: --map: not a number: \"\"\n"},
-      {"order --map 5,0", "tavro-host: order: --map: no camera 5 (2 opened)\n"},
-      {"order --map -1,0", "tavro-host: order: --map: no camera -1 (2 opened)\n"},
-      {"order --map 1,0 --camera 1", "tavro-host: order: unknown option --camera\n"},
+      {"order --map a,0", kUsage, "tavro-host: --map: not a number: \"a\"\n"},
+      {"order --map 1,,0", kUsage, "tavro-host: --map: not a number: \"\"\n"},
+      {"order --map 1,0,", kUsage, "tavro-host: --map: not a number: \"\"\n"},
+      {"order --map 5,0", kFailed, "tavro-host: order: --map: no camera 5 (2 opened)\n"},
+      {"order --map -1,0", kFailed, "tavro-host: order: --map: no camera -1 (2 opened)\n"},
+      {"order --map 1,0 --camera 1", kUsage, "tavro-host: order: unknown option --camera\n"},
   };
   const std::string path = TemporaryPng("refused.png");
   for (const Case& c : cases) {
@@ -132,7 +139,7 @@ TEST(HostCommands, BadValuesAreRefusedWithAMessageAndNoFile) {
     // Only the commands that write a file take -o.
     const bool writes = c.arguments.starts_with("live") || c.arguments.starts_with("grab");
     const auto run = RunHost(kBundled, c.arguments + (writes ? " -o " + path : ""));
-    EXPECT_EQ(run.exitCode, 1) << run.output;
+    EXPECT_EQ(run.exitCode, c.exitCode) << run.output;
     EXPECT_THAT(run.output, HasSubstr(c.message));
     EXPECT_FALSE(std::filesystem::exists(path));
     // A refused map never reaches the plug-in.

@@ -46,7 +46,7 @@ TEST(HostList, CommandsAnswerWithTheirExitCodesAndDescriptions) {
        {"No Tavro cameras connected\n", "tavro-host: Setup found no camera\n"},
        {}},
       {bundled, "--help", 0, {"usage: tavro-host", "list "}, {"camera 0"}},
-      {bundled, "list --select", 1, {"tavro-host: --select needs a value\n"}, {"camera 0"}},
+      {bundled, "list --select", 2, {"tavro-host: --select needs a value\n"}, {"camera 0"}},
       {bundled, "snapshot", 2, {"tavro-host: unknown command snapshot\n", "usage:"}, {}},
   };
   for (const Case& c : cases) {

@@ -8,11 +8,17 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <string>
 
 namespace tavro_test {
 
-HostRun RunHost(const std::string& environment, const std::string& arguments) {
-  const std::string command = environment + " " TAVRO_BIN_DIR "/tavro-host " + arguments + " 2>&1";
+namespace {
+
+HostRun Run(const std::string& environment, const std::string& arguments,
+            const std::string& errorRedirection) {
+  const std::string command =
+      environment + " " TAVRO_BIN_DIR "/tavro-host " + arguments + " " + errorRedirection;
   HostRun run;
   FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return run;
@@ -24,14 +30,27 @@ HostRun RunHost(const std::string& environment, const std::string& arguments) {
   return run;
 }
 
-namespace {
-
 uint32_t BigEndian(const unsigned char* bytes) {
   return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
          static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
 }
 
 }  // namespace
+
+HostRun RunHost(const std::string& environment, const std::string& arguments) {
+  return Run(environment, arguments, "2>&1");
+}
+
+HostRun RunHostSeparately(const std::string& environment, const std::string& arguments) {
+  const std::filesystem::path errorFile =
+      std::filesystem::temp_directory_path() /
+      ("tavro-host-test-" + std::to_string(getpid()) + "-stderr.txt");
+  HostRun run = Run(environment, arguments, "2>" + errorFile.string());
+  std::ifstream errors(errorFile);
+  run.errors.assign(std::istreambuf_iterator<char>(errors), std::istreambuf_iterator<char>());
+  std::filesystem::remove(errorFile);
+  return run;
+}
 
 PngHeader ReadPngHeader(const std::string& path) {
   // Signature (8), IHDR length (4) and type (4), width, height, bit depth, colour type.

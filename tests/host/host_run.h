@@ -8,11 +8,15 @@ namespace tavro_test {
 
 struct HostRun {
   int exitCode = -1;
-  std::string output;  // standard output and standard error
+  std::string output;  // standard output, and standard error unless `errors` has it
+  std::string errors;  // standard error, from RunHostSeparately only
 };
 
 // Runs `environment tavro-host arguments` through the shell.
 HostRun RunHost(const std::string& environment, const std::string& arguments);
+
+// The same with standard output and standard error kept apart.
+HostRun RunHostSeparately(const std::string& environment, const std::string& arguments);
 
 // The environment in which the host uses the cameras bundled with it.
 inline const std::string kBundled = "env -u GENICAM_GENTL64_PATH";
