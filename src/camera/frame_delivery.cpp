@@ -18,6 +18,9 @@ namespace {
 
 constexpr uint32_t kMaskTimeout = 64;
 constexpr uint32_t kMaskFailure = 16;
+// A live frame wait looks at the run's request this often, so that a stop
+// does not sit out a frame that never comes.
+constexpr auto kLiveWaitSlice = std::chrono::milliseconds(20);
 
 int32_t As32Bit(size_t value) {
   return static_cast<int32_t>(std::min<size_t>(value, INT32_MAX));
@@ -31,15 +34,18 @@ uint32_t OxelCamera::WaitAndDeliver(uint32_t timeoutMs) {
   return buffer ? DeliverTaken(buffer) : mask;
 }
 
-std::shared_ptr<oxel::core::Buffer> OxelCamera::TakeFrame(uint32_t timeoutMs, uint32_t& mask) {
+std::shared_ptr<oxel::core::Buffer> OxelCamera::TakeFrame(uint32_t timeoutMs, uint32_t& mask,
+                                                          bool forLive) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   bool skipped = false;
   for (;;) {
     std::shared_ptr<oxel::core::Buffer> buffer;
     try {
       if (!dataStream) throw std::runtime_error("Camera has no data stream");
-      const auto left =
+      auto left =
           std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      if (forLive)
+        left = std::min(left, std::chrono::ceil<std::chrono::milliseconds>(kLiveWaitSlice));
       buffer = dataStream->WaitForFinishedBuffer(
           static_cast<uint64_t>(std::max<int64_t>(0, left.count())));
       const std::optional<uint64_t> id = FrameIdOf(*buffer);
@@ -56,6 +62,8 @@ std::shared_ptr<oxel::core::Buffer> OxelCamera::TakeFrame(uint32_t timeoutMs, ui
         mask = kMaskFailure;
       }
     } catch (const oxel::core::TimeoutException&) {
+      const bool runGoesOn = forLive && worker.pendingRequest == kRequestLive;
+      if (runGoesOn && std::chrono::steady_clock::now() < deadline) continue;
       mask = kMaskTimeout;
       if (skipped) ledger.Forgive();
     } catch (const std::exception&) {

@@ -14,8 +14,7 @@ namespace tavro::camera {
 namespace {
 
 constexpr uint32_t kLiveFrameTimeoutMs = 3000;
-constexpr int kStopPolls = 500;
-constexpr auto kStopPollInterval = std::chrono::milliseconds(10);
+constexpr auto kStopWait = std::chrono::seconds(5);
 constexpr auto kWorkerExitWait = std::chrono::milliseconds(1000);
 
 }  // namespace
@@ -81,7 +80,7 @@ void OxelCamera::RunLiveLoop() {
   bool triggered = NextLiveTrigger();
   while (triggered) {
     uint32_t mask = 0;
-    const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(kLiveFrameTimeoutMs, mask);
+    const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(kLiveFrameTimeoutMs, mask, true);
     if (!buffer) break;
     // The camera exposes and reads out the next frame while this one is
     // delivered, when it has a buffer to fill meanwhile. A stop lets the
@@ -97,6 +96,7 @@ void OxelCamera::RunLiveLoop() {
   // after a failure also sees why.
   if (worker.pendingRequest == kRequestLive) worker.liveDied = true;
   worker.workerState = kWorkerIdle;
+  worker.idleEvent.Set();
 }
 
 bool OxelCamera::NextLiveTrigger() {
@@ -121,8 +121,13 @@ bool OxelCamera::StartLive() {
 
 bool OxelCamera::Stop() {
   worker.pendingRequest = kRequestNone;
-  for (int poll = 0; poll < kStopPolls && worker.workerState != kWorkerIdle; ++poll) {
-    std::this_thread::sleep_for(kStopPollInterval);
+  // The event may still hold an earlier idle moment, so the state decides.
+  const auto deadline = std::chrono::steady_clock::now() + kStopWait;
+  while (worker.workerState != kWorkerIdle) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) break;
+    worker.idleEvent.WaitFor(left);
   }
   if (acquisitionStarted || restPending) restPending = !RestSteps(true, true, true);
   acquisitionStarted = false;

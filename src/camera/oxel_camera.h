@@ -84,6 +84,9 @@ struct AcquireWorker {
   std::atomic<bool> liveDied{false};
   platform::AutoResetEvent wakeEvent;
   platform::AutoResetEvent threadExitEvent;
+  // Set each time the worker becomes idle, so that Stop wakes at once
+  // rather than on a polling interval.
+  platform::AutoResetEvent idleEvent;
   // Borrowed: the camera's acquisition entry's event, set after each live
   // frame. Written while the worker is idle.
   platform::ManualResetEvent* frameDoneEvent = nullptr;
@@ -116,7 +119,8 @@ class OxelCamera {
   // Brings the camera to rest: ends a live loop, aborts and stops the
   // acquisition, unlocks the transport parameters. Each of the three steps
   // is tried even when one before it fails. False when the worker is still
-  // inside its loop after 5 seconds.
+  // inside its loop after 5 seconds. A live frame wait ends within a
+  // fraction of the frame time-out once the run is withdrawn.
   bool Stop();
 
   // ---- frame delivery ----
@@ -125,8 +129,10 @@ class OxelCamera {
   uint32_t WaitAndDeliver(uint32_t timeoutMs);
   // The two halves of WaitAndDeliver. TakeFrame answers this request's
   // frame, or null with the mask set; DeliverTaken writes it into the host's
-  // planes and queues it again.
-  std::shared_ptr<oxel::core::Buffer> TakeFrame(uint32_t timeoutMs, uint32_t& mask);
+  // planes and queues it again. With `forLive`, the wait also ends (mask 64)
+  // soon after the live run is withdrawn.
+  std::shared_ptr<oxel::core::Buffer> TakeFrame(uint32_t timeoutMs, uint32_t& mask,
+                                                bool forLive = false);
   uint32_t DeliverTaken(const std::shared_ptr<oxel::core::Buffer>& buffer);
   // False only when no destination is bound.
   bool DeliverFrame();
