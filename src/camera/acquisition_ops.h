@@ -26,6 +26,11 @@ void ReportFinished(host_interface::TavroCamAcq& entry, const SystemRecord& syst
 int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
                     SystemRecord* system);
 
+// Ends the live run without reading the live image, for a caller that no
+// longer trusts it: the live camera is stopped, so that its worker writes
+// nothing more into the host's planes, and yLive is cleared in any case.
+void AbandonLiveRun(SystemRecord& system);
+
 // True when the system's live run has died: its camera's worker gave up
 // (unplugged camera, refused trigger, lost frame) while live was still
 // wanted. Reads flags only; any thread may ask.

@@ -10,6 +10,7 @@
 #include "host_interface/camera_lookup.h"
 #include "host_interface/result.h"
 #include "host_interface/slot_camera.h"
+#include "lifecycle/attach_detach.h"
 
 namespace tavro::camera {
 namespace {
@@ -60,6 +61,22 @@ int32_t StartLiveOn(CamImage* image, uint32_t userValue, SystemRecord* system, i
   return kFailure;
 }
 
+// A camera that no longer answers after a failed start (it was unplugged
+// and has come back since) gets one new session, as an acquisition gives
+// it. The detach ends the run the failed start left marked; the start's
+// own report, if the new session cannot be had either, is left to the
+// caller.
+bool RenewLostSession(SystemRecord& system, int32_t number) {
+  OxelCamera* camera = host_interface::CameraOf(system.tSlot[number]);
+  if (camera == nullptr || camera->IsResponding()) return false;
+  TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
+  const uint32_t acquiring = entry.yAcquiring;
+  entry.yAcquiring = 0;
+  lifecycle::DetachCamera(&system, number);
+  entry.yAcquiring = acquiring;
+  return lifecycle::_kxTavroReattachAndInit(&system, number) == kSuccess;
+}
+
 int32_t StopLive(uint32_t* status, SystemRecord* system, int32_t& number) {
   if (system->yLive == 0) {
     diagnostics::DebugPrintf("Stop live acquire, but live acquire not running\n");
@@ -82,6 +99,13 @@ int32_t StopLive(uint32_t* status, SystemRecord* system, int32_t& number) {
 }
 
 }  // namespace
+
+void AbandonLiveRun(SystemRecord& system) {
+  uint32_t status = 0;
+  int32_t number = -1;
+  StopLive(&status, &system, number);
+  system.yLive = 0;
+}
 
 bool LiveRunDied(const SystemRecord& system) {
   if (system.yLive == 0 || !host_interface::IsCameraNumber(system.iLiveCamNum)) return false;
@@ -119,8 +143,15 @@ int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_
     // A camera that will not come to rest is not started, and whatever it
     // was doing is not reported.
     if (StopCameraAcquisition(image, system, number, status) != kSuccess) return kFailure;
+    const int32_t errorBefore = system->lError;
     result = StartLiveOn(image, userValue, system, number);
     if (result == kSuccess) return kSuccess;
+    if (RenewLostSession(*system, number)) {
+      // The retry applies everything again, so it alone says what failed.
+      system->lError = errorBefore;
+      result = StartLiveOn(image, userValue, system, number);
+      if (result == kSuccess) return kSuccess;
+    }
   } else {
     result = StopLive(status, system, number);
   }

@@ -61,18 +61,29 @@ TAVRO_API int32_t kxTavroAcquire(CamImage* ptCamImage, uint32_t yWait, uint32_t 
     *plStatus = 0;
     EndDeadLiveRun(ptSystem);
     // A detached camera is re-attached, and then every check runs again.
+    // A camera whose session turns out to be gone (unplugged and plugged in
+    // again since the last call) is detached by the sequence and gets one
+    // more try on a new session, so that its first request after coming
+    // back works; while it is still away the failure stands as it was.
+    bool retried = false;
     for (;;) {
       if (!HasSystemMagic(ptSystem)) return Fail(plStatus, ACQERR_NO_SYSTEM);
       if (ptCamImage == nullptr) return Fail(plStatus, ACQERR_NO_IMAGE);
       const int32_t number = FindCameraNumber(*ptSystem, *ptCamImage);
       if (number == kNoCamera) return Fail(plStatus, ACQERR_NO_CAMERA);
       if (IsAttached(*ptSystem, number)) {
-        return tavro::camera::AcquireSequence(ptCamImage, yWait, iUserValue, plStatus, ptSystem,
-                                              number);
+        const int32_t result = tavro::camera::AcquireSequence(ptCamImage, yWait, iUserValue,
+                                                              plStatus, ptSystem, number);
+        if (result == kSuccess || retried || IsAttached(*ptSystem, number)) return result;
+        retried = true;
+        if (tavro::lifecycle::_kxTavroReattachAndInit(ptSystem, number) != kSuccess) return result;
+        *plStatus = 0;
+        continue;
       }
       if (tavro::lifecycle::_kxTavroReattachAndInit(ptSystem, number) != kSuccess) {
         return Fail(plStatus, ACQERR_NO_CAMERA);
       }
+      retried = true;
       *plStatus = 0;
     }
   });

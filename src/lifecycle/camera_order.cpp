@@ -25,7 +25,9 @@ bool EndAcquisitions(SystemRecord& system) {
   uint32_t status = 0;
   if (system.yLive != 0) {
     if (!host_interface::HasImageMagic(system.ptLiveImage)) {
-      system.yLive = 0;
+      // The host no longer vouches for the image, yet its camera must not
+      // go on writing into it once yLive says the run is over.
+      camera::AbandonLiveRun(system);
       return false;
     }
     if (camera::LiveAcquire(system.ptLiveImage, 0, kOrderUserValue, &status, &system) != kSuccess) {

@@ -4,7 +4,10 @@
 // teardown and an unplugged camera.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstring>
 #include <thread>
 
 #include "camera/display_drawing.h"
@@ -209,6 +212,56 @@ TEST_F(LiveAcquire, DetachEndsTheRunSoAnotherCameraCanGoLive) {
   EXPECT_EQ(finished[1].userValue, 1u);
 }
 
+TEST_F(LiveAcquire, OrderEndsARunWhoseImageLostItsMagic) {
+  const auto numbers = SetupOn({kMono, kColour});
+  LiveImage image(numbers[0], kWidth, kHeight, false);
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  ASSERT_TRUE(image.WaitForNewFrame());
+  // The host stops vouching for the image; order does not read through it,
+  // ends early, and yet the camera stops writing into it.
+  image.image.lMagic = 0;
+  std::array<CameraRecord, TAVRO_MAX_CAMERAS> wanted{};
+  for (int n = 0; n < 2; ++n) {
+    std::strcpy(wanted[n].szCamKey, system->tCam[n].szCamKey);
+    wanted[n].yEnabled = 1;
+    wanted[n].iCamNum = 1 - n;
+  }
+  StdoutOf([&] { plugin.order(system.get(), wanted.data()); });
+  EXPECT_EQ(system->yLive, 0u);
+  EXPECT_EQ(system->tSlot[numbers[0]].yLive, 0u);
+  EXPECT_EQ(system->aiCamIndex[0], 0) << "order ended before re-mapping";
+  const uint64_t last = LastFrameId(kMono);
+  image.ClearNewFrameFlag();
+  std::fill_n(image.grey->memory.data(), image.grey->memory.size(), HostPlane::kFill);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(LastFrameId(kMono), last);
+  EXPECT_EQ(image.NewFrameFlag(), 0u);
+  EXPECT_EQ(image.grey->At(0, 0), HostPlane::kFill);
+  // The camera is at rest, and its next acquisition delivers a new frame.
+  image.image.lMagic = TAVRO_IMAGE_MAGIC;
+  ASSERT_EQ(Acquire(image, 1, 2), 0);
+  EXPECT_TRUE(HoldsFrame(image, false, LastFrameId(kMono)));
+  EXPECT_GT(LastFrameId(kMono), last);
+}
+
+TEST_F(LiveAcquire, StopDoesNotSitOutAFrameThatNeverComes) {
+  const int16_t number = SetupOn({kMono})[0];
+  LiveImage image(number, kWidth, kHeight, false);
+  ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+  ASSERT_TRUE(image.WaitForNewFrame());
+  ASSERT_EQ(OxelSim_DropFrames(kMono.id, -1), 0);
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // the worker waits by now
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(Live(image, 0), 0);
+  // Far below the 3 s frame time-out the worker would otherwise sit out.
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
+  EXPECT_EQ(system->yLive, 0u);
+  EXPECT_TRUE(finished.empty());
+  ASSERT_EQ(OxelSim_DropFrames(kMono.id, 0), 0);
+  ASSERT_EQ(Acquire(image, 1, 2), 0);
+  EXPECT_TRUE(HoldsFrame(image, false, LastFrameId(kMono)));
+}
+
 TEST_F(LiveAcquire, TeardownDuringLiveEndsItWithoutReport) {
   const int16_t number = SetupOn({kMono})[0];
   LiveImage image(number, kWidth, kHeight, false);
@@ -230,8 +283,10 @@ TEST_F(LiveAcquire, RunThatDiesEndsAndTellsTheHost) {
   struct Case {
     const char* what;
     bool unplug;  // else the trigger is refused once
+    bool back;    // plugged in again before the host's next call
   };
-  for (const Case& c : {Case{"unplugged", true}, Case{"trigger refused", false}}) {
+  for (const Case& c : {Case{"unplugged", true, false}, Case{"unplugged and back", true, true},
+                        Case{"trigger refused", false, false}}) {
     SCOPED_TRACE(c.what);
     finished.clear();
     const int16_t number = SetupOn({kMono})[0];
@@ -254,7 +309,19 @@ TEST_F(LiveAcquire, RunThatDiesEndsAndTellsTheHost) {
     EXPECT_TRUE(finished.empty()) << "the status query reports nothing";
     const uint64_t last = LastFrameId(kMono);
 
-    if (c.unplug) {
+    if (c.back) {
+      // The healthy camera goes live at once on a new session; the call
+      // reports the run that died, once.
+      OxelSim_ReplugCamera(kMono.id);
+      image.ClearNewFrameFlag();
+      ASSERT_EQ(Live(image, 1, kLiveUser + 1), 0);
+      EXPECT_EQ(status, 0u);
+      EXPECT_EQ(system->lError, 0);
+      ASSERT_TRUE(image.WaitForNewFrame());
+      ASSERT_EQ(Live(image, 0), 0);
+      ExpectLastFrameShown(image, kMono, false);
+      ASSERT_EQ(finished.size(), 1u);
+    } else if (c.unplug) {
       // The next call that may touch the camera ends the run and reports
       // it once; the stop then finds nothing running.
       int32_t stopped = -1;
@@ -262,14 +329,24 @@ TEST_F(LiveAcquire, RunThatDiesEndsAndTellsTheHost) {
       EXPECT_EQ(stopped, 0);
       EXPECT_EQ(LastFrameId(kMono), last);
       // A camera that does not answer cannot start: the host hears of the
-      // failed start too, and live stays marked until the host stops it.
+      // failed start too, and the camera is detached, so live is not marked.
       EXPECT_EQ(Live(image, 1, kLiveUser), -1);
       EXPECT_EQ(status, 0u);
       EXPECT_EQ(system->lError, -1);
-      EXPECT_EQ(system->yLive, 1u);
-      EXPECT_EQ(Live(image, 0), 0);
+      EXPECT_EQ(system->yLive, 0u);
+      EXPECT_EQ(system->tSlot[number].yAttached, 0u);
       ASSERT_EQ(finished.size(), 2u);
+      EXPECT_EQ(Live(image, 0), -1);
+      EXPECT_EQ(status, uint32_t{ACQERR_NO_CAMERA});
+      // Plugged in and attached again, it goes live.
       OxelSim_ReplugCamera(kMono.id);
+      ASSERT_EQ(Attach(number), 0);
+      image.ClearNewFrameFlag();
+      ASSERT_EQ(Live(image, 1, kLiveUser), 0);
+      ASSERT_TRUE(image.WaitForNewFrame());
+      ASSERT_EQ(Live(image, 0), 0);
+      ExpectLastFrameShown(image, kMono, false);
+      EXPECT_EQ(finished.size(), 2u);
     } else {
       // A healthy camera starts again at once.
       ASSERT_EQ(Live(image, 1, kLiveUser + 1), 0);
