@@ -29,7 +29,9 @@ class FrameLedger {
   // A frame taken and given back undelivered.
   void Passed(uint64_t id) {
     if (!newest_) {
+      // The first frame seen pays for the oldest trigger owed.
       newest_ = id;
+      owed_ -= std::min<uint64_t>(owed_, 1);
       return;
     }
     const uint64_t ahead = id - *newest_;

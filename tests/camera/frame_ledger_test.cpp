@@ -58,6 +58,8 @@ TEST(FrameLedger, SkipsExactlyTheFramesOwedToEarlierRequests) {
   const std::vector<Case> cases = {
       {"nothing seen yet: any frame is the request's",
        {{S::kArm}, {S::kFire}, {S::kFresh, 0}, {S::kFresh, 77}}},
+      {"the session's first frame, returned at the arm, pays its trigger",
+       {{S::kArm}, {S::kFire}, {S::kArm}, {S::kPass, 40}, {S::kArm}, {S::kFire}, {S::kFresh, 41}}},
       {"one frame per request",
        {{S::kArm}, {S::kFire}, {S::kTake, 10}, {S::kArm}, {S::kFire}, {S::kFresh, 11}}},
       {"a timed-out request's late frame is skipped, the next one taken",

@@ -96,6 +96,7 @@ TEST_F(LiveAcquire, RunsFramesIntoPlanesAndDisplayAndStopsWithoutReport) {
 }
 
 TEST_F(LiveAcquire, StopWithNothingRunningSaysSoAndReportsAPendingImage) {
+  UseInstantCameras();
   const int16_t number = SetupOn({kMono})[0];
   LiveImage image(number, kWidth, kHeight, false);
   int32_t result = -1;
@@ -111,6 +112,11 @@ TEST_F(LiveAcquire, StopWithNothingRunningSaysSoAndReportsAPendingImage) {
   ASSERT_EQ(finished.size(), 1u);
   EXPECT_EQ(finished[0].image, &image.image);
   EXPECT_EQ(finished[0].userValue, 7u);
+  // Its frame, never collected (the session's first, finished at once),
+  // is not taken for the next request's.
+  ASSERT_EQ(Acquire(image, 0, 8), 0);
+  ASSERT_EQ(Acquire(image, 1, 9), 0);
+  EXPECT_TRUE(HoldsFrame(image, false, LastFrameId(kMono)));
 
   // Live fields the host wrote itself, naming no camera, are forgotten.
   system->yLive = 1;
