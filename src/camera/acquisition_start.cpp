@@ -47,6 +47,7 @@ bool OxelCamera::Start() {
     return false;
   }
   acquisitionStarted = true;
+  ledger.Restarted();
   ledger.Arm();
   return true;
 }

@@ -22,6 +22,12 @@ class FrameLedger {
     staleFrom_ = newest_.value_or(0) + 1;
     staleCount_ = newest_ ? owed_ : 0;
   }
+  // The stream was stopped and started afresh: frames of triggers fired
+  // before it were discarded and can no longer arrive.
+  void Restarted() {
+    owed_ = 0;
+    staleCount_ = 0;
+  }
   // A trigger was fired; its frame is owed until a frame at or above its ID
   // is taken.
   void Fired() { ++owed_; }

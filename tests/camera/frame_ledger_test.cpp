@@ -14,7 +14,7 @@ namespace {
 
 // One step of a camera's life as the ledger sees it.
 struct Step {
-  enum Kind { kArm, kFire, kPass, kTake, kForgive, kStale, kFresh } kind;
+  enum Kind { kArm, kFire, kPass, kTake, kForgive, kRestart, kStale, kFresh } kind;
   uint64_t id = 0;
 };
 
@@ -38,6 +38,9 @@ void Replay(FrameLedger& ledger, const std::vector<Step>& steps) {
       case Step::kForgive:
         ledger.Forgive();
         break;
+      case Step::kRestart:
+        ledger.Restarted();
+        break;
       case Step::kStale:
         EXPECT_TRUE(ledger.IsStale(step.id));
         break;
@@ -60,6 +63,16 @@ TEST(FrameLedger, SkipsExactlyTheFramesOwedToEarlierRequests) {
        {{S::kArm}, {S::kFire}, {S::kFresh, 0}, {S::kFresh, 77}}},
       {"the session's first frame, returned at the arm, pays its trigger",
        {{S::kArm}, {S::kFire}, {S::kArm}, {S::kPass, 40}, {S::kArm}, {S::kFire}, {S::kFresh, 41}}},
+      {"a restart forgets triggers whose frames it discarded",
+       {{S::kArm},
+        {S::kFire},
+        {S::kRestart},
+        {S::kArm},
+        {S::kFire},
+        {S::kPass, 40},
+        {S::kArm},
+        {S::kFire},
+        {S::kFresh, 41}}},
       {"one frame per request",
        {{S::kArm}, {S::kFire}, {S::kTake, 10}, {S::kArm}, {S::kFire}, {S::kFresh, 11}}},
       {"a timed-out request's late frame is skipped, the next one taken",
