@@ -26,7 +26,7 @@ OXEL_RETURN_CODE OXEL_Library_GetLastError(OXEL_RETURN_CODE* lastErrorCode, char
   const LastError saved = ThreadLastError();
   const OXEL_RETURN_CODE result = RunApiCall(__func__, [&] {
     Out(lastErrorCode, "lastErrorCode") = saved.code;
-    WriteText(saved.description, description, descriptionSize);
+    WriteText(saved.Description(), description, descriptionSize);
   });
   ThreadLastError() = saved;
   return result;

@@ -59,7 +59,7 @@ namespace detail {
 
 OXEL_RETURN_CODE Record(OXEL_RETURN_CODE code, const std::string& text) {
   lastError.code = code;
-  lastError.description = text;
+  lastError.SetDescription(text);
   return code;
 }
 

@@ -3,6 +3,8 @@
 // the function's return code and the calling thread's last error.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -24,10 +26,22 @@ class SimError : public std::runtime_error {
 
 [[noreturn]] void Fail(OXEL_RETURN_CODE code, const std::string& text);
 
-// The calling thread's last error.
+// The calling thread's last error. The text lives in the record itself, not
+// on the heap: threads of the library's users come and go, and heap memory
+// reachable only from a thread's dynamic TLS is reported as a leak by some
+// leak checkers.
 struct LastError {
+  static constexpr size_t kLongest = 1023;  // longer texts are cut
   OXEL_RETURN_CODE code = OXEL_RETURN_CODE_SUCCESS;
-  std::string description;
+  std::array<char, kLongest + 1> text{};
+  size_t length = 0;
+
+  std::string_view Description() const { return {text.data(), length}; }
+  void SetDescription(std::string_view description) {
+    length = std::min(description.size(), kLongest);
+    description.copy(text.data(), length);
+    text[length] = '\0';
+  }
 };
 LastError& ThreadLastError();
 
