@@ -17,6 +17,7 @@
 // seconds and at exit.
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -29,6 +30,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "guarded_block.h"
@@ -117,6 +119,7 @@ struct Stats {
   uint64_t drops = 0;
   uint64_t fullResets = 0;
   uint64_t slowCalls = 0;  // calls that took over a second
+  double liveSeconds = 0;  // spent letting live runs deliver between calls
   uint64_t Total() const {
     uint64_t total = 0;
     for (uint64_t c : calls) total += c;
@@ -141,8 +144,8 @@ void PrintStats(const char* when) {
                (unsigned long long)stats.acquireStarted, (unsigned long long)stats.callbacks,
                (unsigned long long)stats.faults, (unsigned long long)stats.drops,
                (unsigned long long)stats.fullResets);
-  std::fprintf(stderr, "tavro-fuzz calls over 1 s: %llu; seconds in calls:",
-               (unsigned long long)stats.slowCalls);
+  std::fprintf(stderr, "tavro-fuzz calls over 1 s: %llu; seconds letting live run %.1f; in calls:",
+               (unsigned long long)stats.slowCalls, stats.liveSeconds);
   for (int c = 0; c < kCalls; ++c)
     std::fprintf(stderr, " %s %.1f", kCallNames[c], stats.seconds[c]);
   std::fprintf(stderr, "\n");
@@ -236,23 +239,33 @@ struct Image {
   // What every record must still hold after a call (the new-frame flag aside).
   std::vector<std::vector<uint8_t>> expected;
   uint8_t flags = 0;  // the input's flags byte, kHas... below
-  // The camera number of an acquisition into this image that has not been
-  // reported finished yet, -1 for none.
-  int32_t pendingCamera = -1;
 
   CamImage& image() { return *camImage.As<CamImage>(); }
   CameraInfo& info() { return *camera.As<CameraInfo>(); }
   HostDisplay& hostDisplay() { return *display.As<HostDisplay>(); }
-  std::vector<GuardedBlock*> Records() {
-    std::vector<GuardedBlock*> records{&camImage, &camera, &view, &display, &live};
-    for (auto& block : colourImages) records.push_back(&block);
-    for (auto& plane : planes) records.push_back(&plane.record);
-    return records;
+  // Fixed arrays rather than vectors: these are walked after every call.
+  static constexpr size_t kRecords = 12;
+  static constexpr size_t kDisplayRecord = 3;
+  std::array<GuardedBlock*, kRecords> Records() {
+    return {&camImage,
+            &camera,
+            &view,
+            &display,
+            &live,
+            &colourImages[0],
+            &colourImages[1],
+            &colourImages[2],
+            &planes[0].record,
+            &planes[1].record,
+            &planes[2].record,
+            &planes[3].record};
   }
-  std::vector<GuardedBlock*> Blocks() {
-    std::vector<GuardedBlock*> blocks = Records();
-    blocks.push_back(&livePixels);
-    for (auto& plane : planes) blocks.push_back(&plane.pixels);
+  std::array<GuardedBlock*, kRecords + 5> Blocks() {
+    std::array<GuardedBlock*, kRecords + 5> blocks{};
+    const auto records = Records();
+    std::copy(records.begin(), records.end(), blocks.begin());
+    blocks[kRecords] = &livePixels;
+    for (size_t k = 0; k < planes.size(); ++k) blocks[kRecords + 1 + k] = &planes[k].pixels;
     return blocks;
   }
   void Remember() {
@@ -365,14 +378,14 @@ struct Host {
   bool tampered = false;  // this input wrote plug-in fields of the record
   bool reset = false;     // a setup or teardown of the input changed the cameras
   // The host itself may have hidden a running live acquisition from the
-  // plug-in: it changed the live image's camera id or magic.
+  // plug-in: it changed the live image's camera id.
   bool hidLive = false;
   std::array<int32_t, TAVRO_MAX_CAMERAS> cameraIndex{};  // aiCamIndex as last set
   std::chrono::steady_clock::time_point lastSlowFault{};
-  bool unpulsedTrigger = false;
-  bool unplugged = false;  // a camera of this input lost its session  // this input's hardware
-                           // triggers get no edge
+  bool unpulsedTrigger = false;  // this input's hardware triggers get no edge
   std::atomic<bool> pulsing{false};
+  // Cameras this input asked for a frame that may not have been reported.
+  std::array<bool, TAVRO_MAX_CAMERAS> armed{};
 
   // Whether a fault that costs a time-out may happen now.
   bool SlowFaultAllowed() {
@@ -404,9 +417,8 @@ int32_t Finished(CamImage* image, uint32_t) {
   ++stats.callbacks;
   if (std::this_thread::get_id() != host.hostThread)
     Finding("finished callback off the host thread");
-  Image* ours = host.ImageOf(image);
-  if (ours == nullptr) Finding("finished callback with an image the host never gave");
-  ours->pendingCamera = -1;
+  if (host.ImageOf(image) == nullptr)
+    Finding("finished callback with an image the host never gave");
   return 0;
 }
 
@@ -445,12 +457,18 @@ void CheckMemory() {
     }
     const auto records = image.Records();
     for (size_t r = 0; r < image.expected.size(); ++r) {
-      std::vector<uint8_t> now(records[r]->data(), records[r]->data() + records[r]->size());
-      if (r == 3) {  // the display: its flag is the plug-in's to set
-        std::memcpy(now.data() + offsetof(HostDisplay, yNewLiveFrame),
-                    image.expected[r].data() + offsetof(HostDisplay, yNewLiveFrame), 4);
+      const uint8_t* now = records[r]->data();
+      const uint8_t* expected = image.expected[r].data();
+      const size_t size = records[r]->size();
+      bool same = size == image.expected[r].size();
+      if (same && r == Image::kDisplayRecord) {  // the display: its flag is the plug-in's to set
+        constexpr size_t flag = offsetof(HostDisplay, yNewLiveFrame);
+        same = std::memcmp(now, expected, flag) == 0 &&
+               std::memcmp(now + flag + 4, expected + flag + 4, size - flag - 4) == 0;
+      } else if (same) {
+        same = std::memcmp(now, expected, size) == 0;
       }
-      if (now != image.expected[r]) {
+      if (!same) {
         Finding("plug-in changed a host record:",
                 "image " + std::to_string(i) + " record " + std::to_string(r));
       }
@@ -500,6 +518,10 @@ constexpr uint32_t kDocumentedBits = ACQERR_NO_IMAGE | ACQERR_CAMERA_OP | ACQERR
 // TAVRO_FUZZ_TRACE set: every call and its result on standard error.
 const bool trace = std::getenv("TAVRO_FUZZ_TRACE") != nullptr;
 
+// The input being run, kept for TAVRO_FUZZ_SLOW_DIR: inputs with a call
+// over a second are written there.
+std::vector<uint8_t> currentInput;
+
 // Runs one entry point call under the watchdog and checks what it left.
 template <typename Work>
 int32_t Run(Call call, Work work) {
@@ -509,18 +531,27 @@ int32_t Run(Call call, Work work) {
       Now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(kCallLimit).count();
   const int64_t started = Now();
   // The line 0 edge of a hardware trigger comes from outside while the host
-  // waits, as a real trigger source would give it.
-  host.pulsing = (call == kAcquire || call == kWait) && !host.unpulsedTrigger;
+  // waits (an order waits for pending images too), as a real trigger source
+  // would give it.
+  host.pulsing = (call == kAcquire || call == kWait || call == kOrder) && !host.unpulsedTrigger;
   const int32_t result = work();
   host.pulsing = false;
   const double took =
       std::chrono::duration<double>(std::chrono::steady_clock::duration(Now() - started)).count();
   stats.seconds[call] += took;
-  if (took > 1.0) ++stats.slowCalls;
+  if (took > 1.0) {
+    ++stats.slowCalls;
+    if (const char* dir = std::getenv("TAVRO_FUZZ_SLOW_DIR")) {
+      std::ofstream(std::string(dir) + "/slow-" + std::to_string(stats.slowCalls), std::ios::binary)
+          .write(reinterpret_cast<const char*>(currentInput.data()),
+                 static_cast<std::streamsize>(currentInput.size()));
+    }
+  }
   callDeadline = 0;
   if (trace) {
-    std::fprintf(stderr, "tavro-fuzz call %s -> %d (yLive %u, live camera %d)\n", kCallNames[call],
-                 result, host.system->yLive, host.system->iLiveCamNum);
+    std::fprintf(stderr, "tavro-fuzz call %s -> %d (yLive %u, live camera %d) %.1f ms\n",
+                 kCallNames[call], result, host.system->yLive, host.system->iLiveCamNum,
+                 took * 1000);
   }
   if (result != 0 && result != -1) Finding("result neither 0 nor -1 from", kCallNames[call]);
   CheckMemory();
@@ -578,6 +609,11 @@ void Acquire(Reader& in) {
   Image& image = ImageFrom(which);
   const uint32_t wait = (which >> 2) & 1;
   uint32_t status = 0;
+  if (trace) {
+    std::fprintf(stderr, "tavro-fuzz acquire image %d wait %u hw %d id %d\n",
+                 static_cast<int>(which % host.images.size()), wait, image.info().yHwTrigger,
+                 image.info().iCamId);
+  }
   const int32_t result = Run(kAcquire, [&] {
     return host.plugin->acquire((which & 0x80) ? nullptr : &image.image(), wait, in.Byte(),
                                 (which & 0x40) ? nullptr : &status, host.system);
@@ -588,7 +624,7 @@ void Acquire(Reader& in) {
   if (!(which & 0x80) && !(result == 0 && wait) && image.info().iCamId >= 0 &&
       image.info().iCamId < TAVRO_MAX_CAMERAS && image.image().ptCamera != nullptr) {
     const int32_t number = host.system->aiCamIndex[image.info().iCamId];
-    if (number >= 0 && number < TAVRO_MAX_CAMERAS) image.pendingCamera = number;
+    if (number >= 0 && number < TAVRO_MAX_CAMERAS) host.armed[number] = true;
   }
 }
 
@@ -601,12 +637,7 @@ void Live(Reader& in, bool start) {
                                     &status, host.system);
   });
   CheckStatus(kLive, result, status);
-  if (start && result == 0) {
-    ++stats.liveStarted;
-    // A live image without its magic is one the plug-in may later refuse to
-    // stop through (_kxTavroOrder drops such a live run from the record).
-    if (image.image().lMagic != TAVRO_IMAGE_MAGIC) host.hidLive = true;
-  }
+  if (start && result == 0) ++stats.liveStarted;
 }
 
 void Wait(Reader& in) {
@@ -683,7 +714,8 @@ void LetLiveRun(Reader& in) {
   const SystemRecord& s = *host.system;
   const Image* live = s.yLive != 0 ? host.ImageOf(s.ptLiveImage) : nullptr;
   if (live == nullptr || (live->flags & kHasDisplay) != kHasDisplay) return;
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(20);
+  const auto started = std::chrono::steady_clock::now();
+  const auto deadline = started + std::chrono::milliseconds(20);
   for (Image& image : host.images) image.ClearNewFrameFlag();
   int seen = 0;
   while (seen < frames && std::chrono::steady_clock::now() < deadline) {
@@ -695,8 +727,10 @@ void LetLiveRun(Reader& in) {
       }
     }
     CheckMemory();
-    std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
   }
+  stats.liveSeconds +=
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 }
 
 // Ends every fault the input armed. Unlike a reset of the simulator, this
@@ -721,10 +755,7 @@ void SimulatorFault(Reader& in) {
   ++stats.faults;
   switch (kind % 10) {
     case 0:
-      if (host.SlowFaultAllowed()) {
-        OxelSim_UnplugCamera(camera);
-        host.unplugged = true;
-      }
+      if (host.SlowFaultAllowed()) OxelSim_UnplugCamera(camera);
       break;
     case 1:
       OxelSim_ReplugCamera(camera);
@@ -793,7 +824,7 @@ void ChangeImage(Reader& in) {
   const uint8_t value = in.Byte();
   CamImage& im = image.image();
   const bool live = host.system->yLive != 0 && host.system->ptLiveImage == &im;
-  if (live && (field % 6 == 0 || field % 6 == 2)) host.hidLive = true;
+  if (live && field % 6 == 0) host.hidLive = true;
   switch (field % 6) {
     case 0:
       image.info().iCamId = static_cast<int16_t>(NumberFrom(value));
@@ -827,7 +858,11 @@ void Tamper(Reader& in) {
   const uint8_t value = in.Byte();
   SystemRecord& s = *host.system;
   // The next input then needs a fresh setup, so only some arguments act.
-  if (field >= 0x60) return;
+  if (field >= 0x20) return;
+  // Live fields the plug-in no longer recognises can leave a worker taking
+  // another request's frames, which then waits out its time-out.
+  const bool liveField = field % 6 >= 2 && field % 6 <= 4;
+  if (liveField && !host.SlowFaultAllowed()) return;
   host.tampered = true;
   switch (field % 6) {
     case 0:
@@ -945,27 +980,36 @@ void Quiesce() {
           [&] { return host.plugin->waitAcquire(&image.image(), 0, 0, &status, host.system); });
     }
   }
-  // Camera objects that may still run a worker, or hold a session the
-  // simulator has ended, go; the next input attaches the cameras afresh.
-  // An acquisition the host lost track of (it changed the image's camera id
-  // since) ends with its camera object.
-  for (Image& image : host.images) {
-    const int32_t number = image.pendingCamera;
-    if (number >= 0 && s.tSlot[number].yAttached != 0 && !host.hidLive && !host.reset &&
-        !host.unplugged && trusted) {
-      Detach(number);
+  // An acquisition the host lost track of (no image maps to its camera any
+  // more) ends with its camera object; the next input attaches it afresh.
+  // Every other one was ended above, and the next input's images are new
+  // memory, so a later write into these shows as a use after free. A camera
+  // whose session the simulator ended stays: its next use must renew it.
+  for (int32_t n = 0; n < TAVRO_MAX_CAMERAS; ++n) {
+    if (!std::exchange(host.armed[n], false)) continue;
+    if (s.tSlot[n].yAttached == 0 || host.hidLive || host.reset || !trusted) continue;
+    bool mapped = false;
+    for (Image& image : host.images) {
+      const int32_t id = image.info().iCamId;
+      mapped = mapped || (image.image().ptCamera != nullptr && id >= 0 && id < TAVRO_MAX_CAMERAS &&
+                          s.aiCamIndex[id] == n);
     }
-    image.pendingCamera = -1;
+    if (!mapped) Detach(n);
   }
-  if (host.hidLive || host.reset || host.unplugged || !trusted) {
+  if (host.hidLive || host.reset || !trusted) {
     for (int n = 0; n < TAVRO_MAX_CAMERAS; ++n) {
       if (s.tSlot[n].yAttached != 0) Detach(n);
     }
   }
 }
 
+// Calls per input: many, so that setting an input up costs little beside
+// the calls themselves.
+constexpr int kMaxOps = 256;
+
 void RunInput(const uint8_t* data, size_t size) {
   ++stats.inputs;
+  currentInput.assign(data, data + size);
   Normalise();
   Reader in(data, size);
   for (Image& image : host.images) {
@@ -973,10 +1017,9 @@ void RunInput(const uint8_t* data, size_t size) {
     if (trace) std::fprintf(stderr, "tavro-fuzz image %s\n", Describe(image).c_str());
   }
   host.hidLive = false;
-  host.unplugged = false;
   host.unpulsedTrigger = (size % 7 == 0) && host.SlowFaultAllowed();
   int lifecycleOps = 0;
-  for (int op = 0; op < 64 && !in.Empty(); ++op) {
+  for (int op = 0; op < kMaxOps && !in.Empty(); ++op) {
     const int code = in.Byte() % 16;
     if (trace) std::fprintf(stderr, "tavro-fuzz op %d\n", code);
     switch (code) {

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Builds and runs the entry-point fuzzer with the options every run uses:
+# inputs of up to 1 KiB from the start (each is up to 256 calls, so setting an
+# input up costs little beside its calls), leak checks on, new inputs in a
+# scratch directory (the committed corpus is only read). Arguments go to
+# libFuzzer after these options: -runs=N for a fixed number of inputs,
+# -max_total_time=SECONDS for a long sitting, -seed=N for another sequence.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/ensure-deps.sh fuzz
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+# Slow inputs are the harness's to report (its watchdog and
+# TAVRO_FUZZ_SLOW_DIR); libFuzzer would drop a file for every input over 10 s.
+ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1} \
+  UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1} \
+  build/fuzz/bin/tavro_fuzz -seed=1 -timeout=120 -max_len=1024 -len_control=0 \
+  -report_slow_units=100000 -print_final_stats=1 "$@" "$scratch" tests/fuzz/corpus
