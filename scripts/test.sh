@@ -23,7 +23,7 @@ for stage in "${stages[@]}"; do
       cmake --build --preset "$stage"
       ctest --preset "$stage"
       ;;
-    fuzz) scripts/fuzz.sh -runs="${FUZZ_RUNS:-300}" ;;
+    fuzz) scripts/fuzz.sh -runs="${FUZZ_RUNS:-3000}" ;;
     install) scripts/check-install.sh ;;
     *)
       echo "scripts/test.sh: unknown stage '${stage}'" >&2

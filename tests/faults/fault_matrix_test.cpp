@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -44,6 +45,11 @@ struct Cell {
   uint32_t status;  // its status word (setup: cameras found; order: slot attached)
   Producer producer = Producer::kGood;
 };
+
+// Test logs name the row rather than dump its bytes.
+void PrintTo(const Cell& cell, std::ostream* out) {
+  *out << cell.name;
+}
 
 void Unplug() {
   OxelSim_UnplugCamera(kCam.id);
