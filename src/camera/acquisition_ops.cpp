@@ -6,6 +6,7 @@
 #include "diagnostics/debug_output.h"
 #include "host_interface/acquisition_table.h"
 #include "host_interface/result.h"
+#include "host_interface/shared_fields.h"
 #include "host_interface/slot_camera.h"
 #include "lifecycle/attach_detach.h"
 
@@ -15,6 +16,7 @@ namespace {
 using host_interface::Fail;
 using host_interface::kFailure;
 using host_interface::kSuccess;
+using host_interface::Load;
 using host_interface::TavroCamAcq;
 
 constexpr uint32_t kFrameTimeoutMs = 3000;
@@ -43,9 +45,8 @@ int32_t AcquireSequence(CamImage* image, uint32_t wait, uint32_t userValue, uint
   TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
   CameraSlot& slot = system->tSlot[number];
 
-  if (system->yLive != 0) {
-    if (LiveAcquire(image, 0, userValue, status, system) != kSuccess) return kFailure;
-    slot.yLive = 0;
+  if (StopLiveForAcquisition(image, userValue, status, system, number) != kSuccess) {
+    return kFailure;
   }
   if (entry.yAcquiring != 0) {
     CamImage* previous = entry.ptCamImage;
@@ -79,7 +80,10 @@ int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t, uint32_t, 
   *status = 0;
   // Another image of the live camera is refused too: its frames belong to
   // the worker, and a second wait on the data stream would take them away.
-  if (system->yLive != 0 && (image == system->ptLiveImage || system->tSlot[number].yLive != 0)) {
+  // A run that died ends here, refused all the same.
+  if (Load(system->yLive) != 0 &&
+      (image == Load(system->ptLiveImage) || Load(system->tSlot[number].yLive) != 0)) {
+    EndDeadLiveRun(*system);
     return Fail(status, ACQERR_LIVE_RUNNING);
   }
   TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
@@ -113,6 +117,8 @@ int32_t WaitForAcquisition(CamImage* image, int32_t number, uint32_t, uint32_t, 
 int32_t StopCameraAcquisition(CamImage*, SystemRecord* system, int32_t number, uint32_t* status) {
   OxelCamera* camera = host_interface::CameraOf(system->tSlot[number]);
   if (camera != nullptr && !camera->Stop()) return Fail(status, ACQERR_CAMERA_OP);
+  // Whatever the worker said of the run is over with it.
+  LiveRunDiedFlag(number) = false;
   host_interface::tTavroCamAcq[number].yAcquiring = 0;
   if (camera != nullptr) {
     camera->frameCallback = nullptr;

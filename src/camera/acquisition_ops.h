@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "camera/live_run.h"
 #include "host_interface/acquisition_table.h"
 #include "tavro/tavro_host.h"
 
@@ -22,24 +23,39 @@ void ReportFinished(host_interface::TavroCamAcq& entry, const SystemRecord& syst
 
 // Starts (start non-zero) or stops live acquisition into the image. A start
 // stops the camera first, dropping a pending single image unreported; a stop
-// with nothing live reports that camera's pending image finished.
+// with nothing live reports that camera's pending image finished. A start
+// while a live run that died is still marked ends that run and is refused
+// as while it ran; a stop ends it as any live run.
 int32_t LiveAcquire(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
-                    SystemRecord* system);
+                    SystemRecord* system) TAVRO_EXCLUDES(liveRunMutex);
+int32_t LiveAcquireLocked(CamImage* image, uint32_t start, uint32_t userValue, uint32_t* status,
+                          SystemRecord* system) TAVRO_REQUIRES(liveRunMutex);
+
+// A single acquisition on camera `number` first stops live acquisition on
+// whichever camera runs it: 0, or -1 when the live camera would not stop.
+int32_t StopLiveForAcquisition(CamImage* image, uint32_t userValue, uint32_t* status,
+                               SystemRecord* system, int32_t number) TAVRO_EXCLUDES(liveRunMutex);
+
+// True when a live start must be refused because live runs (or ran and
+// died: such a run is ended here, so that the next start works).
+bool RefuseLiveStart(SystemRecord& system) TAVRO_EXCLUDES(liveRunMutex);
 
 // Ends the live run without reading the live image, for a caller that no
 // longer trusts it: the live camera is stopped, so that its worker writes
 // nothing more into the host's planes, and yLive is cleared in any case.
-void AbandonLiveRun(SystemRecord& system);
+// Nothing is reported.
+void AbandonLiveRun(SystemRecord& system) TAVRO_REQUIRES(liveRunMutex);
 
 // True when the system's live run has died: its camera's worker gave up
 // (unplugged camera, refused trigger, lost frame) while live was still
-// wanted. Reads flags only; any thread may ask.
+// wanted. Reads flags only; any thread may ask, and it never waits.
 bool LiveRunDied(const SystemRecord& system);
 
-// Ends a live run that died: the camera is brought to rest, both
-// yLive flags are cleared and the run is reported through pfnAcqFinished.
-// Does nothing while live runs or when nothing is live.
-void EndDeadLiveRun(SystemRecord& system);
+// Ends a live run that died: the camera is brought to rest, the run is
+// reported through pfnAcqFinished and both yLive flags are cleared. False,
+// doing nothing, while live runs or when nothing is live.
+bool EndDeadLiveRun(SystemRecord& system) TAVRO_EXCLUDES(liveRunMutex);
+bool EndDeadLiveRunLocked(SystemRecord& system) TAVRO_REQUIRES(liveRunMutex);
 
 // Waits for camera `number`'s acquisition into the image and delivers it;
 // the two values have no effect.

@@ -18,10 +18,6 @@ namespace {
 
 constexpr uint32_t kMaskTimeout = 64;
 constexpr uint32_t kMaskFailure = 16;
-// A live frame wait looks at the run's request this often, so that a stop
-// does not sit out a frame that never comes.
-constexpr auto kLiveWaitSlice = std::chrono::milliseconds(20);
-
 int32_t As32Bit(size_t value) {
   return static_cast<int32_t>(std::min<size_t>(value, INT32_MAX));
 }
@@ -29,23 +25,20 @@ int32_t As32Bit(size_t value) {
 }  // namespace
 
 uint32_t OxelCamera::WaitAndDeliver(uint32_t timeoutMs) {
-  uint32_t mask = 0;
-  const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(timeoutMs, mask);
-  return buffer ? DeliverTaken(buffer) : mask;
+  const Taken taken = TakeFrame(timeoutMs);
+  return taken.buffer ? DeliverTaken(taken.buffer) : taken.mask;
 }
 
-std::shared_ptr<oxel::core::Buffer> OxelCamera::TakeFrame(uint32_t timeoutMs, uint32_t& mask,
-                                                          bool forLive) {
+OxelCamera::Taken OxelCamera::TakeFrame(uint32_t timeoutMs) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   bool skipped = false;
+  Taken taken;
   for (;;) {
     std::shared_ptr<oxel::core::Buffer> buffer;
     try {
       if (!dataStream) throw std::runtime_error("Camera has no data stream");
-      auto left =
+      const auto left =
           std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-      if (forLive)
-        left = std::min(left, std::chrono::ceil<std::chrono::milliseconds>(kLiveWaitSlice));
       buffer = dataStream->WaitForFinishedBuffer(
           static_cast<uint64_t>(std::max<int64_t>(0, left.count())));
       const std::optional<uint64_t> id = FrameIdOf(*buffer);
@@ -56,21 +49,26 @@ std::shared_ptr<oxel::core::Buffer> OxelCamera::TakeFrame(uint32_t timeoutMs, ui
         skipped = true;
       } else {
         if (id) ledger.Taken(*id);
-        // Part of a frame is not an image: it is reported as a failure and
-        // the host's planes keep what they held.
-        if (!buffer->IsIncomplete()) return buffer;
-        mask = kMaskFailure;
+        // Part of a frame is not an image: the host's planes keep what they
+        // held.
+        if (!buffer->IsIncomplete()) {
+          taken.buffer = buffer;
+          return taken;
+        }
+        taken.mask = kMaskFailure;
+        taken.incomplete = true;
       }
     } catch (const oxel::core::TimeoutException&) {
-      const bool runGoesOn = forLive && worker.pendingRequest == kRequestLive;
-      if (runGoesOn && std::chrono::steady_clock::now() < deadline) continue;
-      mask = kMaskTimeout;
+      taken.mask = kMaskTimeout;
       if (skipped) ledger.Forgive();
     } catch (const std::exception&) {
-      mask = kMaskFailure;
+      taken.mask = kMaskFailure;
     }
-    if (buffer && !GiveBack(buffer)) mask = kMaskFailure;
-    if (mask != 0) return nullptr;
+    if (buffer && !GiveBack(buffer)) {
+      taken.mask = kMaskFailure;
+      taken.incomplete = false;
+    }
+    if (taken.mask != 0) return taken;
   }
 }
 

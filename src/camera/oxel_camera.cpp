@@ -79,22 +79,29 @@ void OxelCamera::RunLiveLoop() {
   worker.workerState = kWorkerFirstFrame;
   bool triggered = NextLiveTrigger();
   while (triggered) {
-    uint32_t mask = 0;
-    const std::shared_ptr<oxel::core::Buffer> buffer = TakeFrame(kLiveFrameTimeoutMs, mask, true);
-    if (!buffer) break;
+    // A stop lets the frame in progress arrive and be delivered, so the
+    // image left after a stop is the newest.
+    const Taken taken = TakeFrame(kLiveFrameTimeoutMs);
+    if (taken.incomplete) {
+      // A frame torn on the link (a lost packet) is skipped, not shown; the
+      // camera itself still works, so the run goes on with the next one.
+      ++worker.skippedFrames;
+      triggered = NextLiveTrigger();
+      continue;
+    }
+    if (!taken.buffer) break;
     // The camera exposes and reads out the next frame while this one is
-    // delivered, when it has a buffer to fill meanwhile. A stop lets the
-    // frame in flight be delivered, so the last image shown is the newest.
+    // delivered, when it has a buffer to fill meanwhile.
     const bool overlap = HasQueuedBuffer();
     if (overlap) triggered = NextLiveTrigger();
-    if (DeliverTaken(buffer) != 0) break;
+    if (DeliverTaken(taken.buffer) != 0) break;
     if (worker.frameDoneEvent != nullptr) worker.frameDoneEvent->Set();
     worker.workerState = kWorkerRunning;
     if (!overlap) triggered = NextLiveTrigger();
   }
   // Said before the worker counts as idle, so that whoever sees it idle
   // after a failure also sees why.
-  if (worker.pendingRequest == kRequestLive) worker.liveDied = true;
+  if (worker.pendingRequest == kRequestLive && worker.liveDied != nullptr) *worker.liveDied = true;
   worker.workerState = kWorkerIdle;
   worker.idleEvent.Set();
 }
@@ -108,7 +115,6 @@ bool OxelCamera::NextLiveTrigger() {
 }
 
 bool OxelCamera::StartLive() {
-  worker.liveDied = false;
   if (!device) return false;
   if (!SetTriggerMode(parameters::TriggerModeSoftware, !acquisitionStarted)) return false;
   if (!Start()) return false;

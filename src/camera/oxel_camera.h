@@ -78,10 +78,13 @@ struct AcquireWorker {
   std::atomic<int32_t> workerState{kWorkerIdle};
   std::atomic<bool> threadRunning{false};
   std::atomic<bool> keepRunning{false};
-  // The live loop ended by itself (a refused trigger, a frame that failed or
-  // never came) while live was still wanted; cleared once the host's side
-  // has ended the run, and by the next StartLive.
-  std::atomic<bool> liveDied{false};
+  // Raised when the live loop ends by itself (a refused trigger, a frame
+  // that failed or never came) while live was still wanted. Borrowed: the
+  // flag of the camera's number, which outlives the camera object; set
+  // while the worker is idle.
+  std::atomic<bool>* liveDied = nullptr;
+  // Live frames that came torn and were skipped.
+  std::atomic<uint64_t> skippedFrames{0};
   platform::AutoResetEvent wakeEvent;
   platform::AutoResetEvent threadExitEvent;
   // Set each time the worker becomes idle, so that Stop wakes at once
@@ -119,8 +122,8 @@ class OxelCamera {
   // Brings the camera to rest: ends a live loop, aborts and stops the
   // acquisition, unlocks the transport parameters. Each of the three steps
   // is tried even when one before it fails. False when the worker is still
-  // inside its loop after 5 seconds. A live frame wait ends within a
-  // fraction of the frame time-out once the run is withdrawn.
+  // inside its loop after 5 seconds; the worker finishes the frame in
+  // progress first, within its frame time-out.
   bool Stop();
 
   // ---- frame delivery ----
@@ -128,11 +131,15 @@ class OxelCamera {
   // Frames owed to earlier requests are skipped within the same time limit.
   uint32_t WaitAndDeliver(uint32_t timeoutMs);
   // The two halves of WaitAndDeliver. TakeFrame answers this request's
-  // frame, or null with the mask set; DeliverTaken writes it into the host's
-  // planes and queues it again. With `forLive`, the wait also ends (mask 64)
-  // soon after the live run is withdrawn.
-  std::shared_ptr<oxel::core::Buffer> TakeFrame(uint32_t timeoutMs, uint32_t& mask,
-                                                bool forLive = false);
+  // frame, or no buffer with the mask set (and `incomplete` when the frame
+  // came torn: it is already back in the stream); DeliverTaken writes a
+  // frame into the host's planes and queues it again.
+  struct Taken {
+    std::shared_ptr<oxel::core::Buffer> buffer;
+    uint32_t mask = 0;
+    bool incomplete = false;
+  };
+  Taken TakeFrame(uint32_t timeoutMs);
   uint32_t DeliverTaken(const std::shared_ptr<oxel::core::Buffer>& buffer);
   // False only when no destination is bound.
   bool DeliverFrame();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <iostream>
+#include <sstream>
 #include <utility>
 
 namespace tavro::diagnostics {
@@ -15,10 +16,14 @@ void DebugPrintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void FlushStdout();
 
 namespace detail {
+// The line is written in one piece, so that lines from several host threads
+// (or a camera worker) do not interleave.
 template <typename... Items>
 void WriteLine(std::ostream& stream, Items&&... items) {
-  (stream << ... << std::forward<Items>(items));
-  stream << std::endl;
+  std::ostringstream line;
+  (line << ... << std::forward<Items>(items));
+  line << '\n';
+  stream << line.str() << std::flush;
 }
 }  // namespace detail
 

@@ -1,9 +1,12 @@
 // The module's table of acquisitions in progress: one entry per camera
 // number, beside the host's records. Only the host's calling threads write
 // it; a camera's worker only sets the entry's event after each live frame.
+// An entry is another thread's to read only through yAcquiring (a status
+// poll beside a wait, a stop of the live run from another camera's call).
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -27,7 +30,8 @@ struct TavroCamAcq {
   uint32_t iUserValue = 0;         // handed back to pfnAcqFinished
   int32_t iWidthMax = 0;
   int32_t iHeightMax = 0;
-  uint32_t yAcquiring = 0;  // from the start of an acquisition until its end is reported
+  // From the start of an acquisition until its end is reported.
+  std::atomic<uint32_t> yAcquiring{0};
   uint32_t yHwTrigger = 0;
   // Manual reset: reset when an acquisition starts and after a successful
   // wait, set after each live frame.

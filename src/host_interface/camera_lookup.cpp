@@ -1,5 +1,7 @@
 #include "host_interface/camera_lookup.h"
 
+#include "host_interface/shared_fields.h"
+
 namespace tavro::host_interface {
 
 int32_t FindCameraNumber(const SystemRecord& system, const CamImage& image) {
@@ -8,12 +10,12 @@ int32_t FindCameraNumber(const SystemRecord& system, const CamImage& image) {
   if (image.ptCamera == nullptr) return kNoCamera;
   const int32_t id = image.ptCamera->iCamId;  // sign-extended: -1 stays -1
   if (!IsCameraNumber(id)) return kNoCamera;
-  const int32_t number = system.aiCamIndex[id];
+  const int32_t number = Load(system.aiCamIndex[id]);
   return IsCameraNumber(number) ? number : kNoCamera;
 }
 
 bool IsAttached(const SystemRecord& system, int32_t number) {
-  return IsCameraNumber(number) && system.tSlot[number].yAttached != 0;
+  return IsCameraNumber(number) && Load(system.tSlot[number].yAttached) != 0;
 }
 
 }  // namespace tavro::host_interface

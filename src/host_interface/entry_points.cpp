@@ -11,6 +11,7 @@
 #include "host_interface/camera_lookup.h"
 #include "host_interface/entry_guard.h"
 #include "host_interface/result.h"
+#include "host_interface/shared_fields.h"
 #include "lifecycle/attach_detach.h"
 #include "lifecycle/camera_order.h"
 #include "lifecycle/setup.h"
@@ -26,13 +27,8 @@ using tavro::host_interface::IsAttached;
 using tavro::host_interface::kFailure;
 using tavro::host_interface::kNoCamera;
 using tavro::host_interface::kSuccess;
+using tavro::host_interface::Load;
 using tavro::host_interface::RunGuarded;
-
-// A live run that died is cleaned up by the next call that may touch the
-// cameras, before that call looks at the live fields.
-void EndDeadLiveRun(SystemRecord* system) {
-  if (HasSystemMagic(system)) tavro::camera::EndDeadLiveRun(*system);
-}
 
 }  // namespace
 
@@ -59,7 +55,6 @@ TAVRO_API int32_t kxTavroAcquire(CamImage* ptCamImage, uint32_t yWait, uint32_t 
   return RunGuarded("kxTavroAcquire", kFailure, [&] {
     if (plStatus == nullptr) return kFailure;
     *plStatus = 0;
-    EndDeadLiveRun(ptSystem);
     // A detached camera is re-attached, and then every check runs again.
     // A camera whose session turns out to be gone (unplugged and plugged in
     // again since the last call) is detached by the sequence and gets one
@@ -96,12 +91,13 @@ TAVRO_API int32_t kxTavroLiveAcquire(CamImage* ptCamImage, uint32_t yStart, uint
     *plStatus = 0;
     if (!HasSystemMagic(ptSystem)) return Fail(plStatus, ACQERR_NO_SYSTEM);
     if (ptCamImage == nullptr) return Fail(plStatus, ACQERR_NO_IMAGE);
-    EndDeadLiveRun(ptSystem);
     // Whether the camera is attached is the live code's question.
     if (FindCameraNumber(*ptSystem, *ptCamImage) == kNoCamera) {
       return Fail(plStatus, ACQERR_NO_CAMERA);
     }
-    if (yStart != 0 && ptSystem->yLive != 0) return Fail(plStatus, ACQERR_LIVE_RUNNING);
+    if (yStart != 0 && tavro::camera::RefuseLiveStart(*ptSystem)) {
+      return Fail(plStatus, ACQERR_LIVE_RUNNING);
+    }
     return tavro::camera::LiveAcquire(ptCamImage, yStart, iUserValue, plStatus, ptSystem);
   });
 }
@@ -112,9 +108,10 @@ TAVRO_API int32_t kxTavroWaitAcquire(CamImage* ptCamImage, uint32_t lValue1, uin
     if (plStatus == nullptr) return kFailure;
     *plStatus = 0;
     if (!HasSystemMagic(ptSystem)) return Fail(plStatus, ACQERR_NO_SYSTEM);
-    EndDeadLiveRun(ptSystem);
     if (ptCamImage == nullptr) return kSuccess;  // nothing to wait for
-    if (ptSystem->yLive != 0 && ptCamImage == ptSystem->ptLiveImage) {
+    if (Load(ptSystem->yLive) != 0 && ptCamImage == Load(ptSystem->ptLiveImage)) {
+      // Refused as while live runs; a run that died ends here.
+      tavro::camera::EndDeadLiveRun(*ptSystem);
       return Fail(plStatus, ACQERR_LIVE_RUNNING);
     }
     const int32_t number = FindCameraNumber(*ptSystem, *ptCamImage);
@@ -135,16 +132,16 @@ TAVRO_API int32_t kxTavroAcquireStatus(CamImage* ptCamImage, uint32_t* plAcqStat
       return Fail(plStatus, ACQERR_NO_IMAGE);
     }
     // A live run that died counts as ended here already; the next call that
-    // may touch the camera cleans up after it.
+    // would stop or refuse live cleans up after it.
     const bool liveDied = tavro::camera::LiveRunDied(*ptSystem);
-    if (ptSystem->yLive != 0 && ptCamImage == ptSystem->ptLiveImage) {
+    if (Load(ptSystem->yLive) != 0 && ptCamImage == Load(ptSystem->ptLiveImage)) {
       *plAcqStatus = liveDied ? ACQSTATUS_IDLE : ACQSTATUS_LIVE;
       return kSuccess;
     }
     const int32_t number = FindCameraNumber(*ptSystem, *ptCamImage);
     if (!IsAttached(*ptSystem, number)) return Fail(plStatus, ACQERR_NO_IMAGE);
     const bool acquiring = tavro::host_interface::tTavroCamAcq[number].yAcquiring != 0 &&
-                           !(liveDied && number == ptSystem->iLiveCamNum);
+                           !(liveDied && number == Load(ptSystem->iLiveCamNum));
     *plAcqStatus = acquiring ? ACQSTATUS_ACQUIRING : ACQSTATUS_IDLE;
     return kSuccess;
   });
@@ -154,7 +151,6 @@ TAVRO_API int32_t _kxTavroOrder(SystemRecord* ptSystem, const CameraRecord* ptWa
   // The host learns nothing from this call, failures included.
   return RunGuarded("_kxTavroOrder", kSuccess, [&] {
     if (ptSystem != nullptr && ptWanted != nullptr) {
-      tavro::camera::EndDeadLiveRun(*ptSystem);
       tavro::lifecycle::OrderCameras(*ptSystem, ptWanted);
     }
     return kSuccess;

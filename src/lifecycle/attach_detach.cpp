@@ -7,6 +7,7 @@
 #include "host_interface/acquisition_table.h"
 #include "host_interface/camera_lookup.h"
 #include "host_interface/result.h"
+#include "host_interface/shared_fields.h"
 #include "host_interface/slot_camera.h"
 #include "lifecycle/camera_list.h"
 #include "lifecycle/open_camera.h"
@@ -15,14 +16,20 @@
 namespace tavro::lifecycle {
 namespace {
 
+using host_interface::Load;
+using host_interface::Store;
+
 // Whatever the detached camera was doing can no longer end by itself: its
 // live run ends (so that a live start elsewhere is not refused) and its
 // pending image or live run is reported finished, once, so that the host
 // does not wait for it and the next acquisition after re-attach starts
 // clean. The camera's worker has ended by now, so the host may free the
 // image inside the callback.
-void EndAcquisitionOf(SystemRecord& system, int32_t number) {
-  if (system.yLive != 0 && system.iLiveCamNum == number) system.yLive = 0;
+void EndAcquisitionOf(SystemRecord& system, int32_t number) TAVRO_REQUIRES(camera::liveRunMutex) {
+  if (Load(system.yLive) != 0 && Load(system.iLiveCamNum) == number) {
+    camera::LiveRunDiedFlag(number) = false;
+    Store(system.yLive, 0);
+  }
   host_interface::TavroCamAcq& entry = host_interface::tTavroCamAcq[number];
   if (entry.yAcquiring != 0) camera::ReportFinished(entry, system);
 }
@@ -30,9 +37,13 @@ void EndAcquisitionOf(SystemRecord& system, int32_t number) {
 }  // namespace
 
 int32_t DetachCamera(SystemRecord* system, int32_t number) {
-  if (system == nullptr || !host_interface::IsAttached(*system, number)) {
+  if (system == nullptr || !host_interface::IsCameraNumber(number)) {
     return host_interface::kFailure;
   }
+  // The live camera is stopped and ended from other threads' calls too (an
+  // acquisition elsewhere stops it), never while it is being destroyed.
+  camera::LiveRunLock lock;
+  if (!host_interface::IsAttached(*system, number)) return host_interface::kFailure;
   diagnostics::DebugPrintf("_kxDetachTavroCamera() called\n");
   diagnostics::FlushStdout();
 
@@ -43,8 +54,8 @@ int32_t DetachCamera(SystemRecord* system, int32_t number) {
     system->tCam[number].yEnabled = 0;
     slot.yReapply = 1;
   }
-  slot.yLive = 0;
-  slot.yAttached = 0;
+  Store(slot.yLive, 0);
+  Store(slot.yAttached, 0);
   EndAcquisitionOf(*system, number);
   return host_interface::kSuccess;
 }
@@ -84,7 +95,7 @@ int32_t _kxTavroReattachAndInit(SystemRecord* system, int32_t number) {
     opened.EnableStrobe(true, 0, parameters::kStartupStrobeDuration);
   }
   slot.yReapply = 1;
-  slot.yLive = 0;
+  Store(slot.yLive, 0);
   return host_interface::kSuccess;
 }
 

@@ -9,6 +9,7 @@
 #include "oxel/core/device_descriptor.h"
 #include "oxel/core/device_manager.h"
 #include "oxel/core/library.h"
+#include "platform/annotated_mutex.h"
 
 namespace tavro::lifecycle {
 namespace {
@@ -16,16 +17,42 @@ namespace {
 using oxel::core::DeviceDescriptor;
 using oxel::core::DeviceManager;
 using Descriptors = std::vector<std::shared_ptr<DeviceDescriptor>>;
+using Snapshot = std::shared_ptr<const Descriptors>;
 
-// Only the host's calling thread rebuilds or reads these.
-Descriptors& ListedCameras() {
-  static Descriptors listed;
-  return listed;
-}
+// The listed cameras and the device list copy. Re-attaches on several host
+// threads rebuild them at once while others look cameras up: each rebuild
+// makes new lists and swaps them in, so a reader keeps the lists it took
+// and nobody frees what another thread walks.
+class CameraLists {
+ public:
+  Snapshot Listed() TAVRO_EXCLUDES(mutex_) {
+    platform::MutexLock lock(mutex_);
+    return listed_;
+  }
+  Snapshot Devices() TAVRO_EXCLUDES(mutex_) {
+    platform::MutexLock lock(mutex_);
+    return devices_;
+  }
+  void SetListed(Descriptors listed) TAVRO_EXCLUDES(mutex_) {
+    auto snapshot = std::make_shared<const Descriptors>(std::move(listed));
+    platform::MutexLock lock(mutex_);
+    listed_.swap(snapshot);
+    // The old list goes when `snapshot` does, after the lock.
+  }
+  void SetDevices(Snapshot devices) TAVRO_EXCLUDES(mutex_) {
+    platform::MutexLock lock(mutex_);
+    devices_.swap(devices);
+  }
 
-Descriptors& DeviceListCopy() {
-  static Descriptors devices;
-  return devices;
+ private:
+  platform::Mutex mutex_;
+  Snapshot listed_ TAVRO_GUARDED_BY(mutex_) = std::make_shared<const Descriptors>();
+  Snapshot devices_ TAVRO_GUARDED_BY(mutex_) = std::make_shared<const Descriptors>();
+};
+
+CameraLists& Lists() {
+  static CameraLists lists;
+  return lists;
 }
 
 bool IsUsable(const DeviceDescriptor& descriptor) {
@@ -38,31 +65,43 @@ bool IsSelected(const std::shared_ptr<DeviceDescriptor>& descriptor, const char*
   return std::strstr(selection, key.get()) != nullptr;
 }
 
+// A fresh device update; its list becomes the device list copy and is
+// answered as well, so that the caller lists from its own update even when
+// another thread's update lands meanwhile.
+Snapshot UpdateDevices() {
+  const std::vector<std::string> paths = oxel::core::FindProducerLibraries();
+  if (paths.empty()) {
+    auto none = std::make_shared<const Descriptors>();
+    Lists().SetDevices(none);
+    return none;
+  }
+  DeviceManager& manager = DeviceManager::Instance();
+  for (const auto& path : paths) manager.AddProducerLibrary(path);
+  manager.Update(DeviceManager::UpdatePolicy::AddedPathsOnly, ReportUpdateError);
+  auto devices = std::make_shared<const Descriptors>(manager.Devices());
+  Lists().SetDevices(devices);
+  return devices;
+}
+
 }  // namespace
 
 int32_t MakeListOfAllCameras(const char* selection) {
-  Descriptors& listed = ListedCameras();
-  listed.clear();
-  UpdateDeviceList();
   const bool selecting = selection != nullptr && selection[0] != '\0';
-  for (const auto& descriptor : DeviceListCopy()) {
+  Descriptors listed;
+  for (const auto& descriptor : *UpdateDevices()) {
     if (!IsUsable(*descriptor)) continue;
     if (selecting && !IsSelected(descriptor, selection)) continue;
     listed.push_back(descriptor);
   }
-  return static_cast<int32_t>(listed.size());
+  const auto count = static_cast<int32_t>(listed.size());
+  // Replaced whole, never emptied first: another thread's re-attach may be
+  // looking its camera up in the list at this moment.
+  Lists().SetListed(std::move(listed));
+  return count;
 }
 
 int32_t UpdateDeviceList() {
-  const std::vector<std::string> paths = oxel::core::FindProducerLibraries();
-  Descriptors& devices = DeviceListCopy();
-  devices.clear();
-  if (paths.empty()) return 0;
-  DeviceManager& manager = DeviceManager::Instance();
-  for (const auto& path : paths) manager.AddProducerLibrary(path);
-  manager.Update(DeviceManager::UpdatePolicy::AddedPathsOnly, ReportUpdateError);
-  devices = manager.Devices();
-  return static_cast<int32_t>(devices.size());
+  return static_cast<int32_t>(UpdateDevices()->size());
 }
 
 CameraKey MakeCameraKey(const std::shared_ptr<DeviceDescriptor>& descriptor) {
@@ -76,13 +115,13 @@ CameraKey MakeCameraKey(const std::shared_ptr<DeviceDescriptor>& descriptor) {
 }
 
 CameraKey GetListedCameraKey(int32_t index) {
-  const Descriptors& listed = ListedCameras();
-  if (index < 0 || static_cast<size_t>(index) >= listed.size()) return nullptr;
-  return MakeCameraKey(listed[static_cast<size_t>(index)]);
+  const Snapshot listed = Lists().Listed();
+  if (index < 0 || static_cast<size_t>(index) >= listed->size()) return nullptr;
+  return MakeCameraKey((*listed)[static_cast<size_t>(index)]);
 }
 
 int32_t BindCamera(camera::OxelCamera* camera, const char* key) {
-  for (const auto& descriptor : ListedCameras()) {
+  for (const auto& descriptor : *Lists().Listed()) {
     CameraKey candidate = MakeCameraKey(descriptor);
     if (std::strcmp(candidate.get(), key) != 0) continue;
     camera->descriptor = descriptor;
@@ -98,8 +137,8 @@ void ReportUpdateError(const std::string& text) {
 }
 
 void ReleaseCameraLists() {
-  ListedCameras().clear();
-  DeviceListCopy().clear();
+  Lists().SetListed({});
+  Lists().SetDevices(std::make_shared<const Descriptors>());
 }
 
 }  // namespace tavro::lifecycle

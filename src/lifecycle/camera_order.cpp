@@ -8,6 +8,7 @@
 #include "host_interface/acquisition_table.h"
 #include "host_interface/camera_lookup.h"
 #include "host_interface/result.h"
+#include "host_interface/shared_fields.h"
 #include "lifecycle/attach_detach.h"
 
 namespace tavro::lifecycle {
@@ -15,42 +16,46 @@ namespace {
 
 using host_interface::kMaxCameras;
 using host_interface::kSuccess;
+using host_interface::Load;
 using CameraFlags = std::array<bool, kMaxCameras>;
 
 constexpr uint32_t kOrderUserValue = 0xFFFFFFFFu;  // -1: no host acquisition of its own
 
 // Stops live acquisition and waits for every single acquisition in
-// progress, delivered or not. False when one of them cannot be ended.
+// progress. False when one of them cannot be ended, or its image is no
+// longer the host's: the order ends there.
 bool EndAcquisitions(SystemRecord& system) {
   uint32_t status = 0;
-  if (system.yLive != 0) {
-    if (!host_interface::HasImageMagic(system.ptLiveImage)) {
-      // The host no longer vouches for the image, yet its camera must not
-      // go on writing into it once yLive says the run is over.
-      camera::AbandonLiveRun(system);
-      return false;
-    }
-    if (camera::LiveAcquire(system.ptLiveImage, 0, kOrderUserValue, &status, &system) != kSuccess) {
-      return false;
+  {
+    camera::LiveRunLock lock;
+    if (Load(system.yLive) != 0) {
+      if (!host_interface::HasImageMagic(Load(system.ptLiveImage))) {
+        // The host no longer vouches for the image, yet its camera must not
+        // go on writing into it once yLive says the run is over.
+        camera::AbandonLiveRun(system);
+        return false;
+      }
+      // A run that died is ended and reported; a running one is stopped.
+      if (!camera::EndDeadLiveRunLocked(system) &&
+          camera::LiveAcquireLocked(Load(system.ptLiveImage), 0, kOrderUserValue, &status,
+                                    &system) != kSuccess) {
+        return false;
+      }
     }
   }
   for (int32_t n = 0; n < kMaxCameras; ++n) {
     auto& entry = host_interface::tTavroCamAcq[n];
     if (entry.yAcquiring == 0) continue;
     if (!host_interface::HasImageMagic(entry.ptCamImage)) {
+      // The image is dropped unreported, and its camera stopped as a failed
+      // wait stops it: a frame still being read out for it would otherwise
+      // hold up or become the next acquisition's.
+      camera::StopCameraAcquisition(entry.ptCamImage, &system, n, &status);
       entry.yAcquiring = 0;
       return false;
     }
-    CamImage* image = entry.ptCamImage;
-    const uint32_t userValue = entry.iUserValue;
-    if (camera::WaitForAcquisition(image, n, 0, 0, &status, &system) == kSuccess) continue;
-    // A frame that failed or never came ends its acquisition all the same;
-    // only one that could not be ended stops the order.
-    if (entry.yAcquiring != 0) return false;
-    // The camera was stopped without a report. The host did not ask for
-    // this wait, so it hears of the image's end here, once.
-    if (status != ACQERR_CAMERA_OP && system.pfnAcqFinished != nullptr) {
-      system.pfnAcqFinished(image, userValue);
+    if (camera::WaitForAcquisition(entry.ptCamImage, n, 0, 0, &status, &system) != kSuccess) {
+      return false;
     }
   }
   return true;

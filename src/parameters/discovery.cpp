@@ -8,6 +8,7 @@
 #include "camera/oxel_camera.h"
 #include "diagnostics/debug_output.h"
 #include "geometry/format_list.h"
+#include "host_interface/shared_fields.h"
 #include "host_interface/slot_camera.h"
 #include "parameters/host_scaling.h"
 #include "parameters/parameter_table.h"
@@ -163,12 +164,13 @@ void MarkCameraAttached(SystemRecord& system, int32_t number) {
   slot.yColour = record.yColour;
   record.iWidthMax = camera.widthMax;
   record.iHeightMax = camera.heightMax;
-  slot.yAttached = 1;
   record.yEnabled = 1;
   slot.dExposure = kAttachExposure;
   WriteSlotHostValues(slot);
   record.iCamNum = number;
-  system.aiCamIndex[number] = number;
+  host_interface::Store(system.aiCamIndex[number], number);
+  // Last: another thread that sees the slot attached sees it complete.
+  host_interface::Store(slot.yAttached, 1);
 }
 
 }  // namespace tavro::parameters

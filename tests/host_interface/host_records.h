@@ -31,7 +31,8 @@ struct HostRecords {
   ~HostRecords() {
     for (auto& slot : system->tSlot) host_interface::TakeCamera(slot);
     lifecycle::FreeCameraSelection(*system);
-    for (auto& entry : host_interface::tTavroCamAcq) entry = host_interface::TavroCamAcq{};
+    lifecycle::ResetAcquisitionTable(nullptr);
+    for (auto& entry : host_interface::tTavroCamAcq) entry.hEvent.reset();
   }
 
   // Camera `number` attached as setup leaves it, reached from host id `id`.

@@ -69,34 +69,69 @@ TEST_F(DetachStates, PendingImageIsReportedAndTheNextCallsWork) {
   }
 }
 
-TEST_F(DetachStates, OrderGoesOnPastAPendingImageWhoseCameraDied) {
-  const int16_t number = SetupOn({kMono, kColour})[0];
+TEST_F(DetachStates, OrderEndsWhereAPendingImageFailsAndReportsNothing) {
+  const auto numbers = SetupOn({kMono, kColour});
+  const int16_t number = numbers[0];
   HostImage image(number, 32, 8, false);
-  // The camera goes away before its frame arrives.
+  // The camera goes away before its frame arrives: the order's wait for it
+  // fails, the camera is stopped without a report, and the order ends.
   ASSERT_EQ(OxelSim_DropFrames(kMono.id, 1), 0);
   ASSERT_EQ(Acquire(image, 0, 21), 0);
   ASSERT_EQ(OxelSim_UnplugCamera(kMono.id), 0);
-  // The unplugged camera is not wanted any more; the ids are swapped.
   auto wanted = SwappedOrder();
   wanted[number].yEnabled = 0;
-  StdoutOf([&] { plugin.order(system.get(), wanted.data()); });
-  ASSERT_EQ(finished.size(), 1u);
-  EXPECT_EQ(finished[0].image, &image.image);
-  EXPECT_EQ(finished[0].userValue, 21u);
+  const std::string out = StdoutOf([&] { plugin.order(system.get(), wanted.data()); });
+  EXPECT_EQ(out, "_kxTavroWaitAcquire: error mask 10\n");
+  EXPECT_TRUE(finished.empty()) << "a failed wait whose stop succeeds reports nothing";
+  EXPECT_EQ(Status(image), ACQSTATUS_IDLE);
   EXPECT_EQ(image.grey->At(0, 0), HostPlane::kFill) << "the image was not filled";
-  EXPECT_EQ(system->tSlot[number].yAttached, 0u);
-  EXPECT_EQ(system->aiCamIndex[0], 1) << "order ran to its end";
-  EXPECT_EQ(system->aiCamIndex[1], 0);
+  EXPECT_EQ(system->tSlot[number].yAttached, 1u) << "nothing detached";
+  EXPECT_EQ(system->aiCamIndex[0], 0) << "nothing re-mapped";
+  EXPECT_EQ(system->aiCamIndex[1], 1);
 
-  // Once back, the camera is re-attached by its next acquisition.
+  // Once back, the camera's next acquisition finds its session gone and
+  // gets a new one; the same order then runs to its end.
   ASSERT_EQ(OxelSim_ReplugCamera(kMono.id), 0);
-  image.info.iCamId = static_cast<int16_t>(1 - number);
   int32_t acquired = -1;
   StdoutOf([&] { acquired = Acquire(image, 1, 22); });
   EXPECT_EQ(acquired, 0);
   EXPECT_TRUE(HoldsFrame(image, false, LastFrameId(kMono)));
-  ASSERT_EQ(finished.size(), 2u);
-  EXPECT_EQ(finished[1].userValue, 22u);
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].userValue, 22u);
+  StdoutOf([&] { plugin.order(system.get(), wanted.data()); });
+  EXPECT_EQ(system->tSlot[number].yAttached, 0u);
+  EXPECT_EQ(system->aiCamIndex[0], 1);
+  EXPECT_EQ(system->aiCamIndex[1], 0);
+}
+
+TEST_F(DetachStates, OrderDroppingAnImageStopsItsCameraForTheNextAcquisition) {
+  // The bundled monochrome camera ignores triggers while it exposes or
+  // reads out a frame; a long exposure keeps the dropped image's frame in
+  // flight while the order runs. The exposure stays as it is for the next
+  // acquisition, so that no parameter change stops the camera for it.
+  const int16_t number = SetupOn({kMono, kColour})[0];
+  HostImage dropped(number, 32, 8, false);
+  HostImage next(number, 32, 8, false);
+  system->tCam[number].tParam[TAVRO_PARAM_EXPOSURE].iCurrent = 300000;  // 0.3 s
+  ASSERT_EQ(Acquire(dropped, 0, 31), 0);
+  dropped.image.lMagic = 0;  // the host has let the image go
+  auto wanted = SwappedOrder();
+  StdoutOf([&] { plugin.order(system.get(), wanted.data()); });
+  EXPECT_EQ(Status(next), ACQSTATUS_IDLE);
+  EXPECT_EQ(system->aiCamIndex[0], 0) << "the order ended at the dropped image";
+  EXPECT_TRUE(finished.empty());
+
+  // The next acquisition starts a clean camera: its trigger is taken (not
+  // ignored by a camera still busy with the dropped frame) and its own
+  // frame arrives; the dropped one never shows.
+  uint64_t ignoredBefore = 0, ignoredAfter = 0;
+  ASSERT_EQ(OxelSim_GetIgnoredTriggerCount(kMono.id, &ignoredBefore), 0);
+  ASSERT_EQ(Acquire(next, 1, 32), 0) << "status " << status;
+  ASSERT_EQ(OxelSim_GetIgnoredTriggerCount(kMono.id, &ignoredAfter), 0);
+  EXPECT_EQ(ignoredAfter, ignoredBefore);
+  EXPECT_TRUE(HoldsFrame(next, false, LastFrameId(kMono)));
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].userValue, 32u);
 }
 
 }  // namespace
