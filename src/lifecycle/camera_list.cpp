@@ -88,7 +88,9 @@ Snapshot UpdateDevices() {
 int32_t MakeListOfAllCameras(const char* selection) {
   const bool selecting = selection != nullptr && selection[0] != '\0';
   Descriptors listed;
-  for (const auto& descriptor : *UpdateDevices()) {
+  // Held here: a range over the temporary's list would outlive it.
+  const Snapshot devices = UpdateDevices();
+  for (const auto& descriptor : *devices) {
     if (!IsUsable(*descriptor)) continue;
     if (selecting && !IsSelected(descriptor, selection)) continue;
     listed.push_back(descriptor);
@@ -121,7 +123,8 @@ CameraKey GetListedCameraKey(int32_t index) {
 }
 
 int32_t BindCamera(camera::OxelCamera* camera, const char* key) {
-  for (const auto& descriptor : *Lists().Listed()) {
+  const Snapshot listed = Lists().Listed();
+  for (const auto& descriptor : *listed) {
     CameraKey candidate = MakeCameraKey(descriptor);
     if (std::strcmp(candidate.get(), key) != 0) continue;
     camera->descriptor = descriptor;
