@@ -4,6 +4,7 @@
 
 #include "camera/oxel_camera.h"
 #include "host_interface/acquisition_table.h"
+#include "host_interface/shared_fields.h"
 #include "host_interface/slot_camera.h"
 
 namespace tavro::camera {
@@ -99,7 +100,11 @@ void ApplyAcquisitionParameters(CamImage* image, SystemRecord* system, int32_t n
     }
   }
 
-  const bool live = system->yLive != 0;
+  // Live is running on this camera only while its live start applies the
+  // parameters; a single acquisition stopped live first, and another
+  // camera's live run (another host thread's) is not this camera's.
+  const bool live = host_interface::Load(system->yLive) != 0 &&
+                    host_interface::Load(system->iLiveCamNum) == number;
   if (live) slot.dExposure = slot.aiApplied[TAVRO_PARAM_EXPOSURE];
   if (exposureTouched || live) {
     // A new pixel clock changes the exposure the camera can give; writing

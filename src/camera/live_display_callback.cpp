@@ -5,13 +5,15 @@
 #include "camera/destination_binding.h"
 #include "camera/live_display.h"
 #include "host_interface/acquisition_table.h"
+#include "host_interface/shared_fields.h"
 #include "tavro/tavro_host.h"
 
 namespace tavro::camera {
 namespace {
 
 bool IsLiveImage(const SystemRecord* system, const CamImage* image) {
-  return system != nullptr && system->yLive != 0 && system->ptLiveImage == image;
+  return system != nullptr && host_interface::Load(system->yLive) != 0 &&
+         host_interface::Load(system->ptLiveImage) == image;
 }
 
 // The colour display also needs the host's consent in the view and the

@@ -73,11 +73,16 @@ int32_t _kxTavroReattachAndInit(SystemRecord* system, int32_t number) {
                           system->iNumCams);
   // Listed again with the last setup's selection: a camera it does not
   // admit cannot come back.
-  if (MakeListOfAllCameras(system->pszCamSelection) < 1) return host_interface::kFailure;
-  auto camera = std::make_unique<camera::OxelCamera>();
-  if (BindCamera(camera.get(), system->tCam[number].szCamKey) < 0 || !OpenCamera(*camera)) {
-    return host_interface::kFailure;
+  std::unique_ptr<camera::OxelCamera> camera;
+  {
+    ListingLock listing;
+    if (MakeListOfAllCameras(system->pszCamSelection) < 1) return host_interface::kFailure;
+    camera = std::make_unique<camera::OxelCamera>();
+    if (BindCamera(camera.get(), system->tCam[number].szCamKey) < 0) {
+      return host_interface::kFailure;
+    }
   }
+  if (!OpenCamera(*camera)) return host_interface::kFailure;
   camera::OxelCamera& opened = *camera;
   CameraSlot& slot = system->tSlot[number];
   host_interface::AdoptCamera(slot, std::move(camera));

@@ -55,6 +55,11 @@ CameraLists& Lists() {
   return lists;
 }
 
+platform::Mutex& ListingMutex() {
+  static platform::Mutex mutex;
+  return mutex;
+}
+
 bool IsUsable(const DeviceDescriptor& descriptor) {
   return descriptor.AccessStatus() == OXEL_DEVICE_ACCESS_STATUS_READ_WRITE &&
          descriptor.TLType() == "U3V" && descriptor.IsOpenable(OXEL_DEVICE_ACCESS_TYPE_CONTROL);
@@ -84,6 +89,9 @@ Snapshot UpdateDevices() {
 }
 
 }  // namespace
+
+ListingLock::ListingLock() { ListingMutex().lock(); }
+ListingLock::~ListingLock() { ListingMutex().unlock(); }
 
 int32_t MakeListOfAllCameras(const char* selection) {
   const bool selecting = selection != nullptr && selection[0] != '\0';

@@ -21,6 +21,17 @@ namespace tavro::lifecycle {
 // A key text owned by whoever asked for it.
 using CameraKey = std::unique_ptr<char[]>;
 
+// Held from a rebuild of the listed cameras until the camera wanted is bound
+// to one of them, so that another thread's rebuild (from an update made
+// before this caller's own detach, say) does not replace the list between.
+class ListingLock {
+ public:
+  ListingLock();
+  ~ListingLock();
+  ListingLock(const ListingLock&) = delete;
+  ListingLock& operator=(const ListingLock&) = delete;
+};
+
 // Rebuilds the listed cameras from a fresh device update; the number listed.
 // The selection is in force when it is neither null nor empty.
 int32_t MakeListOfAllCameras(const char* selection);
