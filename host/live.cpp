@@ -118,6 +118,7 @@ void CheckResult(int32_t result, uint32_t status, const char* what) {
 struct Progress {
   int64_t delivered = 0;  // frames the plug-in delivered
   int32_t lost = 0;       // frames lost to a time-out, each ending a live run
+  int64_t torn = 0;       // frames that came incomplete and were skipped
   double elapsed = 0;
 };
 
@@ -159,9 +160,15 @@ class DeliveryCounter {
       : deviceId_(std::move(deviceId)),
         bgr_(bgr),
         before_(LastFrameId(deviceId_).value_or(OXEL_SIM_FIRST_FRAME_ID - 1)),
+        tornBefore_(IncompleteFrameCount(deviceId_).value_or(0)),
         exact_(!deviceId_.empty() && HasFrameCounter()) {}
 
   bool exact() const { return exact_; }
+  // Frames the camera sent torn so far; the plug-in skips them.
+  int64_t Torn() const {
+    return static_cast<int64_t>(IncompleteFrameCount(deviceId_).value_or(tornBefore_) -
+                                tornBefore_);
+  }
   // Frames sent so far, lost ones included; or flags seen.
   int64_t Sent(LiveImage& live) {
     if (!exact_) return flags_ += live.TakeNewFrame() ? 1 : 0;
@@ -211,6 +218,7 @@ class DeliveryCounter {
   const std::string deviceId_;
   const bool bgr_;
   const uint64_t before_;
+  const uint64_t tornBefore_;
   const bool exact_;
   int64_t flags_ = 0;
 };
@@ -254,7 +262,8 @@ Progress Watch(const LiveOptions& options, const Plugin& plugin, LiveImage& live
       Start(plugin, live, system);
       lastFrame = now;
     }
-    progress.delivered = sent - (counter.exact() ? progress.lost : 0);
+    progress.torn = counter.Torn();
+    progress.delivered = sent - (counter.exact() ? progress.lost + progress.torn : 0);
     progress.elapsed = std::chrono::duration<double>(now - start).count();
     if (now - lastPrint >= kProgressInterval) {
       PrintProgress(options, progress);
@@ -263,7 +272,9 @@ Progress Watch(const LiveOptions& options, const Plugin& plugin, LiveImage& live
   }
   Stop(plugin, live, system);
   progress.elapsed = std::chrono::duration<double>(Clock::now() - start).count();
-  progress.delivered = counter.SentUpToShown(live) - (counter.exact() ? progress.lost : 0);
+  progress.torn = counter.Torn();
+  progress.delivered =
+      counter.SentUpToShown(live) - (counter.exact() ? progress.lost + progress.torn : 0);
   PrintProgress(options, progress);
   std::cerr << "\n";
   return progress;
@@ -290,15 +301,16 @@ std::string RunAndSave(const LiveOptions& options) {
   if (system.lError != 0) std::cerr << "tavro-host: the camera reported an error during live\n";
 
   WriteDisplayPng(options.output, live);
-  char text[320];
-  std::snprintf(text, sizeof text,
-                "Live on camera %d (%s): %lld frames delivered in %.2f s, %.1f frames per "
-                "second%s, %d lost to time-outs; %d x %d display saved to %s\n",
-                options.camera, camera.szCamKey, static_cast<long long>(progress.delivered),
-                progress.elapsed,
-                progress.elapsed > 0 ? progress.delivered / progress.elapsed : 0.0,
-                counter.exact() ? "" : " (new-frame flags seen)", progress.lost, live.width(),
-                live.height(), options.output.c_str());
+  char text[512];
+  std::snprintf(
+      text, sizeof text,
+      "Live on camera %d (%s): %lld frames delivered in %.2f s, %.1f frames per "
+      "second%s, %d lost to time-outs, %lld torn (skipped); %d x %d display saved to "
+      "%s\n",
+      options.camera, camera.szCamKey, static_cast<long long>(progress.delivered), progress.elapsed,
+      progress.elapsed > 0 ? progress.delivered / progress.elapsed : 0.0,
+      counter.exact() ? "" : " (new-frame flags seen)", progress.lost,
+      static_cast<long long>(progress.torn), live.width(), live.height(), options.output.c_str());
   return text;
 }
 

@@ -39,12 +39,26 @@ bool HasFrameCounter() {
   return Control("OxelSim_GetLastFrameId") != nullptr;
 }
 
-std::optional<uint64_t> LastFrameId(const std::string& deviceId) {
+namespace {
+
+std::optional<uint64_t> ReadCounter(const char* control, const std::string& deviceId) {
   using Read = OXEL_RETURN_CODE (*)(const char*, uint64_t*);
-  auto read = reinterpret_cast<Read>(Control("OxelSim_GetLastFrameId"));
-  uint64_t id = 0;
-  if (read == nullptr || deviceId.empty() || read(deviceId.c_str(), &id) != 0) return std::nullopt;
-  return id;
+  auto read = reinterpret_cast<Read>(Control(control));
+  uint64_t value = 0;
+  if (read == nullptr || deviceId.empty() || read(deviceId.c_str(), &value) != 0) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+}  // namespace
+
+std::optional<uint64_t> LastFrameId(const std::string& deviceId) {
+  return ReadCounter("OxelSim_GetLastFrameId", deviceId);
+}
+
+std::optional<uint64_t> IncompleteFrameCount(const std::string& deviceId) {
+  return ReadCounter("OxelSim_GetIncompleteFrameCount", deviceId);
 }
 
 }  // namespace tavro_host

@@ -23,4 +23,8 @@ bool HasFrameCounter();
 // before its first frame, or when the library or camera has no such control.
 std::optional<uint64_t> LastFrameId(const std::string& deviceId);
 
+// How many frames the simulated camera sent torn (marked incomplete) since it
+// was opened: none when the library or camera has no such control.
+std::optional<uint64_t> IncompleteFrameCount(const std::string& deviceId);
+
 }  // namespace tavro_host

@@ -87,6 +87,10 @@ OXEL_RETURN_CODE OxelSim_FailStreamStarts(const char* deviceId, int32_t count,
  * reading out a frame, since it was opened or reset. */
 OXEL_RETURN_CODE OxelSim_GetIgnoredTriggerCount(const char* deviceId, uint64_t* count);
 
+/* How many frames the camera sent into a buffer marked incomplete, since it
+ * was opened or reset. */
+OXEL_RETURN_CODE OxelSim_GetIncompleteFrameCount(const char* deviceId, uint64_t* count);
+
 /* The next `count` writes to the feature fail with `code` (count -1: every
  * write until the next call with 0). */
 OXEL_RETURN_CODE OxelSim_FailFeatureWrites(const char* deviceId, const char* featureName,

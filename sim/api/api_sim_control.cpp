@@ -67,6 +67,14 @@ OXEL_RETURN_CODE OxelSim_GetIgnoredTriggerCount(const char* deviceId, uint64_t* 
   });
 }
 
+OXEL_RETURN_CODE OxelSim_GetIncompleteFrameCount(const char* deviceId, uint64_t* count) {
+  return RunApiCall(__func__, [&] {
+    uint64_t& result = Out(count, "count");
+    const auto cameras = Simulator::Instance().hardware.Cameras(DeviceId(deviceId));
+    result = cameras.front()->IncompleteFramesSent();
+  });
+}
+
 OXEL_RETURN_CODE OxelSim_FailFeatureWrites(const char* deviceId, const char* featureName,
                                            int32_t count, OXEL_RETURN_CODE code) {
   return RunApiCall(__func__, [&] {

@@ -51,6 +51,7 @@ void Acquisition::Reset() {
   nextFrameId_ = OXEL_SIM_FIRST_FRAME_ID;
   lastFrameId_.reset();
   ignoredTriggers_ = 0;
+  incompleteSent_ = 0;
   dropCount_ = 0;
   delayCount_ = 0;
   delayMs_ = 0;
@@ -182,6 +183,10 @@ void Acquisition::BeginFrame(Clock::time_point start) {
   frame.arrival = frame.readOutEnd;
   if (TakeCount(delayCount_)) frame.arrival += std::chrono::milliseconds(delayMs_);
   frame.incomplete = TakeCount(incompleteCount_);
+  if (incompletePeriod_ > 0 && --framesToIncomplete_ == 0) {
+    framesToIncomplete_ = incompletePeriod_;
+    frame.incomplete = true;
+  }
   frame.geometry.width = static_cast<uint32_t>(features_.IntegerOr("Width", 0));
   frame.geometry.height = static_cast<uint32_t>(features_.IntegerOr("Height", 0));
   frame.geometry.offsetX = static_cast<uint32_t>(features_.IntegerOr("OffsetX", 0));
@@ -212,6 +217,7 @@ void Acquisition::Deliver(const Frame& frame) {
   const size_t written = pattern_.Fill(frame.geometry, frame.id, buffer->Base(), room);
   buffer->hasFrame = true;
   buffer->incomplete = written < frame.payload;
+  if (buffer->incomplete) ++incompleteSent_;
   buffer->width = frame.geometry.width;
   buffer->height = frame.geometry.height;
   buffer->xOffset = frame.geometry.offsetX;

@@ -73,13 +73,24 @@ class Acquisition {
   void DropFrames(int32_t count) { dropCount_ = count; }
   void DelayFrames(int32_t count, uint32_t delayMs);
   void IncompleteFrames(int32_t count) { incompleteCount_ = count; }
+  // One frame in every `period` arrives incomplete, for good (0: none).
+  void IncompleteEvery(int32_t period) {
+    incompletePeriod_ = period;
+    framesToIncomplete_ = period;
+  }
   void FailStreamStarts(int32_t count, OXEL_RETURN_CODE code);
   // The code the next stream start fails with (SUCCESS: none), counted off.
   OXEL_RETURN_CODE TakeStreamStartFault();
 
   std::optional<uint64_t> LastFrameId() const { return lastFrameId_; }
   uint64_t IgnoredTriggers() const { return ignoredTriggers_; }
-  void ClearIgnoredTriggers() { ignoredTriggers_ = 0; }
+  // Frames delivered into a buffer marked incomplete.
+  uint64_t IncompleteFramesSent() const { return incompleteSent_; }
+  // The counts a newly opened camera starts from.
+  void ClearCounts() {
+    ignoredTriggers_ = 0;
+    incompleteSent_ = 0;
+  }
   void Reset();
 
  private:
@@ -124,6 +135,9 @@ class Acquisition {
   int32_t delayCount_ = 0;
   uint32_t delayMs_ = 0;
   int32_t incompleteCount_ = 0;
+  int32_t incompletePeriod_ = 0;
+  int32_t framesToIncomplete_ = 0;
+  uint64_t incompleteSent_ = 0;
   int32_t failStartCount_ = 0;
   OXEL_RETURN_CODE failStartCode_ = OXEL_RETURN_CODE_SUCCESS;
 

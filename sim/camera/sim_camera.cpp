@@ -55,6 +55,7 @@ SimCamera::SimCamera(CameraDescription description)
       openedElsewhere_(description_.openedElsewhere),
       acquisition_(features_, mutex_, description_.instantFrames) {
   acquisition_.DropFrames(description_.dropFrames);
+  acquisition_.IncompleteEvery(description_.incompleteEvery);
 }
 
 bool SimCamera::Plugged() const {
@@ -99,6 +100,7 @@ void SimCamera::ResetToFile() {
   features_.Reset();
   acquisition_.Reset();
   acquisition_.DropFrames(description_.dropFrames);
+  acquisition_.IncompleteEvery(description_.incompleteEvery);
 }
 
 bool SimCamera::Live(const CameraSession* session) const {
@@ -158,7 +160,7 @@ std::shared_ptr<CameraSession> SimCamera::Open(OXEL_DEVICE_ACCESS_TYPE access) {
   auto session = std::make_shared<CameraSession>(shared_from_this(), generation_, access);
   openSession_ = session.get();
   features_.ClearWriteCounts();
-  acquisition_.ClearIgnoredTriggers();
+  acquisition_.ClearCounts();
   return session;
 }
 
@@ -257,6 +259,11 @@ void SimCamera::FailStreamStarts(int32_t count, OXEL_RETURN_CODE code) {
   }
   std::lock_guard lock(mutex_);
   acquisition_.FailStreamStarts(count, code);
+}
+
+uint64_t SimCamera::IncompleteFramesSent() const {
+  std::lock_guard lock(mutex_);
+  return acquisition_.IncompleteFramesSent();
 }
 
 uint64_t SimCamera::IgnoredTriggers() const {

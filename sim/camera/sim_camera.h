@@ -75,6 +75,7 @@ class SimCamera : public std::enable_shared_from_this<SimCamera> {
   void IncompleteFrames(int32_t count);
   void FailStreamStarts(int32_t count, OXEL_RETURN_CODE code);
   uint64_t IgnoredTriggers() const;
+  uint64_t IncompleteFramesSent() const;
   void FailWrites(const std::string& feature, int32_t count, OXEL_RETURN_CODE code);
   uint64_t WriteCount(const std::string& feature) const;
   std::optional<uint64_t> LastFrameId() const;

@@ -87,7 +87,12 @@ void ParseAoi(const JsonReader& reader, AoiRules& aoi) {
 }
 
 void ParseFaults(const JsonReader& reader, CameraDescription& camera) {
-  reader.AllowOnly({"dropFrames", "failWrites"});
+  reader.AllowOnly({"dropFrames", "incompleteEvery", "failWrites"});
+  if (auto every = reader.Optional("incompleteEvery")) {
+    const int64_t period = every->Integer();
+    if (period < 2 || period > INT32_MAX) every->Fail("a period of 2 frames or more");
+    camera.incompleteEvery = static_cast<int32_t>(period);
+  }
   if (auto drop = reader.Optional("dropFrames")) {
     const int64_t count = drop->Integer();
     if (count < -1 || count > INT32_MAX) drop->Fail("a frame count, or -1 for all frames");

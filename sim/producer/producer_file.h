@@ -61,6 +61,8 @@ struct CameraDescription {
   size_t minBufferCount = 3;
   bool definesPayloadSize = true;
   int32_t dropFrames = 0;
+  // Every this many frames one arrives incomplete (0: none).
+  int32_t incompleteEvery = 0;
   std::vector<WriteFault> failWrites;
   std::vector<FeatureDefinition> features;  // complete: defaults with the file's changes
 
