@@ -90,8 +90,12 @@ Snapshot UpdateDevices() {
 
 }  // namespace
 
-ListingLock::ListingLock() { ListingMutex().lock(); }
-ListingLock::~ListingLock() { ListingMutex().unlock(); }
+ListingLock::ListingLock() {
+  ListingMutex().lock();
+}
+ListingLock::~ListingLock() {
+  ListingMutex().unlock();
+}
 
 int32_t MakeListOfAllCameras(const char* selection) {
   const bool selecting = selection != nullptr && selection[0] != '\0';

@@ -39,9 +39,15 @@ int32_t CountFinished(CamImage*, uint32_t userValue) {
   return 0;
 }
 
-std::string DeviceId(int n) { return "MT-" + std::to_string(n); }
-std::string Model(int n) { return "MT" + std::to_string(100 + n); }
-bool IsColour(int n) { return n % 2 == 1; }
+std::string DeviceId(int n) {
+  return "MT-" + std::to_string(n);
+}
+std::string Model(int n) {
+  return "MT" + std::to_string(100 + n);
+}
+bool IsColour(int n) {
+  return n % 2 == 1;
+}
 
 // Small cameras, half of them colour, with the simulator's real timing or
 // with every frame at its trigger.
@@ -78,8 +84,7 @@ struct CameraThread {
 class ManyCameras : public PluginHost, public ::testing::WithParamInterface<bool> {
  protected:
   uint32_t Call(int32_t result, uint32_t word, const char* what, const CameraThread& t) {
-    EXPECT_EQ(result, 0) << what << " on camera " << t.number << ", status 0x" << std::hex
-                         << word;
+    EXPECT_EQ(result, 0) << what << " on camera " << t.number << ", status 0x" << std::hex << word;
     return word;
   }
 
@@ -206,10 +211,8 @@ TEST_P(ManyCameras, EachThreadOnItsOwnCamera) {
   done = true;
   poller.join();
 
-
   for (const CameraThread& t : threads) {
-    EXPECT_EQ(reported[static_cast<size_t>(t.number)], t.expectedReports)
-        << "camera " << t.number;
+    EXPECT_EQ(reported[static_cast<size_t>(t.number)], t.expectedReports) << "camera " << t.number;
     EXPECT_TRUE(t.image->GuardsIntact()) << "camera " << t.number;
   }
   EXPECT_EQ(system->yLive, 0u);
