@@ -177,22 +177,24 @@ class DeliveryCounter {
   }
   // After the run: the frames up to the one the host image holds, which the
   // worker no longer writes.
-  int64_t SentUpToShown(const LiveImage& live) {
+  // Torn frames sent after the one shown (the last ones sent, when they
+  // came torn) are not counted among them.
+  int64_t SentUpToShown(const LiveImage& live, int64_t& tornBefore) {
     if (!exact_) return flags_;
     const uint64_t last = LastFrameId(deviceId_).value_or(before_);
-    const std::optional<uint8_t> shown = ShownFrameByte(live);
-    const uint64_t delivered = shown ? last - static_cast<uint8_t>(last - *shown) : last;
-    return static_cast<int64_t>(delivered - before_);
+    const uint64_t shown = ShownFrame(live, last).value_or(last);
+    tornBefore = std::max<int64_t>(0, Torn() - static_cast<int64_t>(last - shown));
+    return static_cast<int64_t>(shown - before_);
   }
 
  private:
-  // The low byte of the shown frame's ID, read from the start of row 0
-  // (sensor pixels 0 to 3), when exactly one byte fits the pattern.
-  std::optional<uint8_t> ShownFrameByte(const LiveImage& live) const {
-    std::optional<uint8_t> found;
-    for (uint32_t id = 0; id < 256; ++id) {
+  // The frame the image shows, among the last 256 the camera sent: its ID
+  // is in the first 8 pixels of row 0 (the picture's tag).
+  std::optional<uint64_t> ShownFrame(const LiveImage& live, uint64_t last) const {
+    for (uint64_t back = 0; back < 256 && last - back != before_; ++back) {
+      const uint64_t id = last - back;
       bool fits = true;
-      for (int32_t x = 0; x < std::min(4, live.width()) && fits; ++x) {
+      for (int32_t x = 0; x < std::min(8, live.width()) && fits; ++x) {
         const auto x32 = static_cast<uint32_t>(x);
         if (!bgr_) {
           fits = live.grey.At(x, 0) == OxelSim_PatternMono8(x32, 0, id);
@@ -204,11 +206,9 @@ class DeliveryCounter {
                                             OxelSim_PatternBgr8(x32, 0, id, 0));
         }
       }
-      if (!fits) continue;
-      if (found) return std::nullopt;
-      found = static_cast<uint8_t>(id);
+      if (fits) return id;
     }
-    return found;
+    return std::nullopt;
   }
 
   static uint8_t Luma(uint32_t red, uint32_t green, uint32_t blue) {
@@ -273,8 +273,9 @@ Progress Watch(const LiveOptions& options, const Plugin& plugin, LiveImage& live
   Stop(plugin, live, system);
   progress.elapsed = std::chrono::duration<double>(Clock::now() - start).count();
   progress.torn = counter.Torn();
-  progress.delivered =
-      counter.SentUpToShown(live) - (counter.exact() ? progress.lost + progress.torn : 0);
+  int64_t tornBeforeShown = 0;
+  const int64_t sentUpToShown = counter.SentUpToShown(live, tornBeforeShown);
+  progress.delivered = sentUpToShown - (counter.exact() ? progress.lost + tornBeforeShown : 0);
   PrintProgress(options, progress);
   std::cerr << "\n";
   return progress;

@@ -120,12 +120,19 @@ OXEL_RETURN_CODE OxelSim_GetFeatureWriteCount(const char* deviceId, const char* 
  * Right of the card the bars and the ramp repeat and the number's band stays
  * black; below it lies a grey checkerboard of 64-pixel squares.
  *
- * Every byte is the picture's level (0 to 239) plus a frame tag (0 to 15):
- * (frame ID + x + x / 16 + 7 y) modulo 16, the same in every colour channel.
- * The tag makes every pixel differ between frames whose IDs differ by 1 to
- * 15 (the number's strokes move the level by 239), and makes an image that
- * landed a few pixels off its place differ from the expected one. A "Mono8"
- * camera sends the picture's luma (the plug-in's grey weights) plus the tag. */
+ * Every byte is the picture's level (0 to 239) plus a frame tag (0 to 15),
+ * the same in every colour channel:
+ *   (frame ID + nibble + x + x / 16 + 7 y) modulo 16,
+ * where nibble is 0 in the columns x = 0 modulo 8 and otherwise nibble
+ * number (x modulo 8) of the frame ID's low 32 bits (bits 4 (x modulo 8) and
+ * up). Any 8 neighbouring columns thus carry the whole 32-bit frame ID: two
+ * frames whose IDs differ in their low 32 bits differ in some pixel of every
+ * row of 8 pixels or more, whatever its offset (the number's strokes move the
+ * level by 239, more than any tag). Between frames 1 to 8 apart every pixel
+ * differs, and an image that landed a few pixels off its place differs from
+ * the expected one. A "Mono8" camera sends the picture's luma (the plug-in's
+ * grey weights) plus the tag; the plug-in's grey of a "BGR8" pixel is the
+ * same, since the weights add up to one. */
 
 /* The picture is drawn one row at a time: rows with the same key are the same
  * for every x. Bit 63 marks rows that change with the frame. */
@@ -254,7 +261,9 @@ static inline uint32_t OxelSim_PatternColour(uint32_t x, uint64_t rowKey) {
 
 /* The frame tag added to every byte of pixel (x, y). */
 static inline uint8_t OxelSim_PatternTag(uint32_t x, uint32_t y, uint64_t frameId) {
-  return (uint8_t)(((uint32_t)frameId + x + x / 16u + 7u * y) & 15u);
+  const uint32_t id = (uint32_t)frameId;
+  const uint32_t nibble = x % 8u == 0 ? 0u : id >> (4u * (x % 8u));
+  return (uint8_t)((id + nibble + x + x / 16u + 7u * y) & 15u);
 }
 
 /* The grey level of a picture colour, with the plug-in's weights. */

@@ -27,22 +27,25 @@ void AddRows(uint8_t* destination, const uint8_t* picture, const uint8_t* tags, 
 
 }  // namespace
 
-void FramePattern::Prepare(const FrameGeometry& geometry) {
-  if (geometry.offsetX == offsetX_ && geometry.width == width_ &&
-      geometry.bytesPerPixel == bytesPerPixel_) {
-    return;
+void FramePattern::Prepare(const FrameGeometry& geometry, uint64_t frameId) {
+  const uint64_t upper = static_cast<uint32_t>(frameId) >> 4;
+  if (geometry.offsetX != offsetX_ || geometry.width != width_ ||
+      geometry.bytesPerPixel != bytesPerPixel_) {
+    offsetX_ = geometry.offsetX;
+    width_ = geometry.width;
+    bytesPerPixel_ = geometry.bytesPerPixel;
+    steadyRows_.clear();
+    frameRows_.clear();
+    tagsFor_ = UINT64_MAX;
   }
-  offsetX_ = geometry.offsetX;
-  width_ = geometry.width;
-  bytesPerPixel_ = geometry.bytesPerPixel;
-  steadyRows_.clear();
-  frameRows_.clear();
+  if (upper == tagsFor_) return;
+  tagsFor_ = upper;
   const size_t rowBytes = static_cast<size_t>(width_) * bytesPerPixel_;
   tags_.resize(16 * rowBytes);
   for (uint32_t phase = 0; phase < 16; ++phase) {
     for (uint32_t k = 0; k < width_; ++k) {
-      // Phase p at y 0 is frame ID p.
-      const uint8_t tag = OxelSim_PatternTag(offsetX_ + k, 0, phase);
+      // Phase p at y 0 is the frame ID with low nibble p.
+      const uint8_t tag = OxelSim_PatternTag(offsetX_ + k, 0, upper << 4 | phase);
       std::memset(&tags_[phase * rowBytes + static_cast<size_t>(k) * bytesPerPixel_], tag,
                   bytesPerPixel_);
     }
@@ -71,7 +74,7 @@ const uint8_t* FramePattern::PictureRow(uint64_t rowKey) {
 
 size_t FramePattern::Fill(const FrameGeometry& geometry, uint64_t frameId, uint8_t* destination,
                           size_t capacity) {
-  Prepare(geometry);
+  Prepare(geometry, frameId);
   const size_t rowBytes = static_cast<size_t>(geometry.width) * geometry.bytesPerPixel;
   size_t written = 0;
   uint64_t lastKey = 0;

@@ -1,6 +1,7 @@
 // Writes the simulator's frame pattern (see oxel_sim.h) into a buffer. The
 // picture is made of few distinct rows: each is drawn once and kept, and a
-// frame costs one add of a row and a precomputed frame-tag row per row.
+// frame costs one add of a row and a precomputed frame-tag row per row. The
+// tag rows change with the frame ID's upper nibbles, once every 16 frames.
 #pragma once
 
 #include <cstddef>
@@ -26,14 +27,16 @@ class FramePattern {
               size_t capacity);
 
  private:
-  void Prepare(const FrameGeometry& geometry);
+  void Prepare(const FrameGeometry& geometry, uint64_t frameId);
   const uint8_t* PictureRow(uint64_t rowKey);
 
   uint32_t offsetX_ = 0;
   uint32_t width_ = 0;
   uint32_t bytesPerPixel_ = 0;
-  // Tag rows for the 16 phases of (frame ID + 7 y), one after the other.
+  // Tag rows for the 16 phases of (frame ID + 7 y), one after the other,
+  // for frame IDs whose low 32 bits shifted right by 4 are `tagsFor_`.
   std::vector<uint8_t> tags_;
+  uint64_t tagsFor_ = UINT64_MAX;
   // Picture rows by key; those that change with the frame are dropped now
   // and then, the others kept until the geometry changes.
   std::unordered_map<uint64_t, std::vector<uint8_t>> steadyRows_;

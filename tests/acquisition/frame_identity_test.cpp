@@ -149,5 +149,37 @@ TEST_F(FrameIdentity, IncompleteFrameIsAFailureAndNotAnImage) {
   AcquireNewest(image, 3);
 }
 
+TEST_F(FrameIdentity, TheSmallestPlaneNamesItsFrame) {
+  // A 16 x 2 plane anywhere on the sensor, far from the drawn frame number,
+  // in every pixel format and plane kind: the frame it holds, and no other
+  // frame, not even one 16 frames older or a power of two away.
+  struct Case {
+    SimCamera camera;
+    bool colourPlanes;
+    int32_t left, top;
+  };
+  for (const Case c : {Case{kMono, false, 4, 0}, Case{kMono, false, 1000, 300},
+                       Case{kColour, false, 1536, 1002}, Case{kColour, true, 8, 500}}) {
+    SCOPED_TRACE(std::string(c.camera.key) + " at " + std::to_string(c.left) + "," +
+                 std::to_string(c.top));
+    camera_ = c.camera;
+    const bool bgr = c.camera.key == kColour.key;
+    const int16_t number = SetupOn({c.camera})[0];
+    HostImage image(number, 16, 2, c.colourPlanes);
+    image.SetAoi(c.left, c.top, c.left + 16, c.top + 2);
+    int32_t result = -1;
+    StdoutOf([&] { result = Acquire(image, 1, 5); });
+    ASSERT_EQ(result, 0) << "status " << status;
+    const uint64_t frame = LastFrameId(c.camera);
+    EXPECT_TRUE(HoldsFrame(image, bgr, frame, c.left, c.top));
+    for (const uint64_t away : {uint64_t{16}, uint64_t{32}, uint64_t{256}, uint64_t{1} << 20,
+                                uint64_t{1} << 31, uint64_t{0x0F0F0F0F}}) {
+      EXPECT_FALSE(HoldsFrame(image, bgr, frame - away, c.left, c.top)) << away << " older";
+      EXPECT_FALSE(HoldsFrame(image, bgr, frame + away, c.left, c.top)) << away << " newer";
+    }
+    TearDown();
+  }
+}
+
 }  // namespace
 }  // namespace tavro::testing

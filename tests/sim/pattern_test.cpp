@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "oxel_sim.h"
 
@@ -48,6 +49,39 @@ TEST(FramePattern, EveryPixelTellsFramesUpToEightApart) {
     }
   }
   EXPECT_EQ(checked, 3u * 10u * 2448u * 8u);
+}
+
+// Any 8 neighbouring pixels of a row, wherever they lie, carry the whole
+// 32-bit frame ID: frames whose IDs differ in their low 32 bits differ there
+// in every plane a host gets.
+TEST(FramePattern, EightNeighbouringPixelsNameTheFrame) {
+  const uint64_t frames[] = {kFirst, kFirst + 123456, UINT64_MAX - 3};
+  const uint32_t rows[] = {3, 85, 300, 500, 660, 870, 1100};
+  const uint32_t lefts[] = {0, 1, 5, 803, 1276, 1937};
+  std::vector<uint64_t> aways;
+  for (uint32_t bit = 0; bit < 32; ++bit) aways.push_back(uint64_t{1} << bit);
+  for (const uint64_t away : {16u, 48u, 4096u, 0x5A5A5A5Au, 0xFFFFFFFFu}) aways.push_back(away);
+  for (const uint64_t frame : frames) {
+    for (const uint32_t y : rows) {
+      for (const uint32_t left : lefts) {
+        for (const uint64_t away : aways) {
+          const uint64_t other = frame + away;
+          bool differs[5] = {};
+          for (uint32_t x = left; x < left + 8; ++x) {
+            const auto mine = Planes(x, y, frame);
+            const auto theirs = Planes(x, y, other);
+            for (size_t plane = 0; plane < mine.size(); ++plane) {
+              differs[plane] = differs[plane] || mine[plane] != theirs[plane];
+            }
+          }
+          for (size_t plane = 0; plane < 5; ++plane) {
+            EXPECT_TRUE(differs[plane]) << "plane " << plane << " at " << left << "," << y
+                                        << ": frame " << frame << " and +" << away;
+          }
+        }
+      }
+    }
+  }
 }
 
 // What a person reads off a grab: bars in order with red in the red byte of
