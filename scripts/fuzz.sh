@@ -14,9 +14,26 @@ cmake --build --preset fuzz
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
+# A finding's input is kept and printed whole, so that a CI log is enough to
+# run it again: the harness takes the same path for the same inputs (its
+# rationed faults count inputs, not seconds).
+findings=build/fuzz/findings
+rm -rf "$findings" && mkdir -p "$findings"
 # Slow inputs are the harness's to report (its watchdog and
 # TAVRO_FUZZ_SLOW_DIR); libFuzzer would drop a file for every input over 10 s.
+status=0
 ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1} \
   UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1} \
   build/fuzz/bin/tavro_fuzz -seed=1 -timeout=120 -max_len=1024 -len_control=0 \
-  -report_slow_units=100000 -print_final_stats=1 "$@" "$scratch" tests/fuzz/corpus
+  -report_slow_units=100000 -print_final_stats=1 -artifact_prefix="$findings/" \
+  "$@" "$scratch" tests/fuzz/corpus || status=$?
+if ((status != 0)); then
+  for input in "$findings"/*; do
+    [ -f "$input" ] || continue
+    echo "fuzz finding $(basename "$input"), $(stat -c %s "$input") bytes; to run it again:"
+    echo "  echo $(base64 -w0 "$input") | base64 -d > finding"
+    echo "  TAVRO_FUZZ_TRACE=1 build/fuzz/bin/tavro_fuzz finding"
+  done
+  echo "The run itself: scripts/fuzz.sh $* (seed 1, inputs from tests/fuzz/corpus in order)"
+fi
+exit "$status"
