@@ -4,7 +4,9 @@
 #   asan     the suite under AddressSanitizer and UndefinedBehaviorSanitizer
 #   tsan     the suite under ThreadSanitizer
 #   fuzz     the entry-point fuzzer (clang, libFuzzer) for a fixed number of
-#            inputs from the committed corpus; FUZZ_RUNS overrides the count
+#            inputs from the committed corpus, then its threads mode (four
+#            host threads on four cameras); FUZZ_RUNS and FUZZ_THREADS_RUNS
+#            override the counts
 #   install  install, build and run the example host, the Debian package
 # Without a stage, all of them in that order.
 set -euo pipefail
@@ -23,7 +25,10 @@ for stage in "${stages[@]}"; do
       cmake --build --preset "$stage"
       ctest --preset "$stage"
       ;;
-    fuzz) scripts/fuzz.sh -runs="${FUZZ_RUNS:-3000}" ;;
+    fuzz)
+      scripts/fuzz.sh -runs="${FUZZ_RUNS:-3000}"
+      scripts/fuzz.sh --threads -runs="${FUZZ_THREADS_RUNS:-600}"
+      ;;
     install) scripts/check-install.sh ;;
     *)
       echo "scripts/test.sh: unknown stage '${stage}'" >&2
