@@ -31,7 +31,7 @@ OXEL_RETURN_CODE Cast(const char* function, OXEL_NODE node, OXEL_NODE_TYPE type,
 OXEL_RETURN_CODE OXEL_Module_GetNumNodeMaps(OXEL_MODULE module, size_t* count) {
   return RunApiCall(__func__, [&] {
     Simulator::Instance().RequireStarted();
-    Ref<Module> found = Simulator::Instance().handles.FindModule(module, "module");
+    Ref<Module> found = Simulator::Instance().handles.FindModule<Module>(module, "module");
     Out(count, "count") = found->NodeMapCount();
   });
 }
@@ -39,7 +39,7 @@ OXEL_RETURN_CODE OXEL_Module_GetNumNodeMaps(OXEL_MODULE module, size_t* count) {
 OXEL_RETURN_CODE OXEL_Module_GetNodeMap(OXEL_MODULE module, size_t index, OXEL_NODE_MAP* nodeMap) {
   return RunApiCall(__func__, [&] {
     Simulator::Instance().RequireStarted();
-    Ref<Module> found = Simulator::Instance().handles.FindModule(module, "module");
+    Ref<Module> found = Simulator::Instance().handles.FindModule<Module>(module, "module");
     OXEL_NODE_MAP& result = Out(nodeMap, "nodeMap");
     result = reinterpret_cast<OXEL_NODE_MAP>(found->NodeMapAt(index).get());
   });

@@ -8,8 +8,7 @@
 #include "oxel_sim.h"
 #pragma GCC visibility pop
 
-#include "core/handle_registry.h"
-#include "core/sim_error.h"
+#include "core/api.h"
 #include "core/simulator.h"
 
 namespace oxelsim {

@@ -32,7 +32,8 @@
 
 #include "camera/buffer_pool.h"
 #include "camera/camera_features.h"
-#include "camera/frame_pattern.h"
+#include "core/api.h"
+#include "oxelc/frame_pattern.h"
 
 namespace oxelsim {
 

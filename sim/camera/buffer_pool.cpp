@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "core/handle_registry.h"
-#include "core/sim_error.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

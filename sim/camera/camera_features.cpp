@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "core/sim_error.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

@@ -40,7 +40,7 @@ class CameraFeatures {
   FeatureSlot Current(size_t index) const;
 
   // Every write first counts, then meets an armed fault, then the access and
-  // range rules. Failures throw SimError with the matching code.
+  // range rules. Failures throw ApiError with the matching code.
   void BeginWrite(size_t index);
   void SetInteger(size_t index, int64_t value);
   void SetFloat(size_t index, double value);

@@ -1,6 +1,6 @@
 #include "camera/sim_camera.h"
 
-#include "core/sim_error.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

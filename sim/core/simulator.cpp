@@ -1,6 +1,6 @@
 #include "core/simulator.h"
 
-#include "core/sim_error.h"
+#include "core/api.h"
 #include "transport/producer_library.h"
 
 namespace oxelsim {
@@ -13,10 +13,6 @@ Simulator& Simulator::Instance() {
 Simulator::~Simulator() {
   std::vector<std::shared_ptr<ProducerLibrary>> closing = producers;
   for (const auto& producer : closing) producer->Release();
-}
-
-HandleRegistry& Handles() {
-  return Simulator::Instance().handles;
 }
 
 void Simulator::RequireStarted() {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "core/handle_registry.h"
+#include "core/api.h"
 #include "producer/hardware.h"
 
 namespace oxelsim {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "core/sim_error.h"
+#include "core/api.h"
 #include "producer/producer_search.h"
 
 namespace oxelsim {
@@ -68,7 +68,7 @@ std::vector<std::shared_ptr<SimCamera>> Hardware::Cameras(const std::string& dev
   for (const std::string& path : SearchProducerFiles()) {
     try {
       Load(path);
-    } catch (const SimError&) {
+    } catch (const ApiError&) {
       // A file that does not load has no cameras to act on; opening it reports why.
     }
   }

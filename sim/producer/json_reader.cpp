@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/sim_error.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

@@ -8,7 +8,7 @@
 
 #include "camera/feature_changes.h"
 #include "camera/standard_features.h"
-#include "core/return_code_names.h"
+#include "core/api.h"
 #include "oxel_sim.h"
 #include "producer/json_reader.h"
 

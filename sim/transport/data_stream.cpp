@@ -23,7 +23,7 @@ std::shared_ptr<DataStream> DataStream::Open(std::shared_ptr<CameraSession> sess
     stream->Camera().Frames().AttachStream(&stream->pool_);
   }
   Simulator::Instance().handles.Add(stream.get(), Kind::DataStream, stream, stream.get(),
-                                    stream.get());
+                                    static_cast<Module*>(stream.get()));
   return stream;
 }
 
@@ -97,7 +97,8 @@ std::shared_ptr<SimBuffer> DataStream::AllocAndAnnounce(size_t size, void* userP
     Camera().CheckAnswering(*session_);
     buffer = pool_.Announce(size, userPtr);
   }
-  Simulator::Instance().handles.Add(buffer.get(), Kind::Buffer, buffer, buffer.get(), buffer.get());
+  Simulator::Instance().handles.Add(buffer.get(), Kind::Buffer, buffer, buffer.get(),
+                                    static_cast<Module*>(buffer.get()));
   return buffer;
 }
 

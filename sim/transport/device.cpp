@@ -88,9 +88,9 @@ std::shared_ptr<Device> Device::Open(SimCamera& camera, OXEL_DEVICE_ACCESS_TYPE 
     device->streams_.push_back(std::make_shared<DataStreamDescriptor>(session));
   }
   HandleRegistry& handles = Simulator::Instance().handles;
-  handles.Add(device.get(), Kind::Device, device, device.get(), device.get());
+  handles.Add(device.get(), Kind::Device, device, device.get(), static_cast<Module*>(device.get()));
   handles.Add(device->remote_.get(), Kind::RemoteDevice, device->remote_, device->remote_.get(),
-              device->remote_.get());
+              static_cast<Module*>(device->remote_.get()));
   for (const auto& stream : device->streams_) {
     handles.Add(stream.get(), Kind::DataStreamDescriptor, stream, stream.get());
   }

@@ -35,7 +35,8 @@ std::shared_ptr<Interface> InterfaceDescriptor::Open() {
   std::lock_guard lock(simulator.mutex);
   if (opened_) FailAlreadyOpen("interface '" + Description().id + "'");
   opened_ = std::make_shared<Interface>(file_, index_, weak_from_this());
-  simulator.handles.Add(opened_.get(), Kind::Interface, opened_, opened_.get(), opened_.get());
+  simulator.handles.Add(opened_.get(), Kind::Interface, opened_, opened_.get(),
+                        static_cast<Module*>(opened_.get()));
   return opened_;
 }
 

@@ -13,7 +13,7 @@
 #include "camera/sim_camera.h"
 #include "core/module.h"
 #include "producer/hardware.h"
-#include "transport/callback_list.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

@@ -1,6 +1,6 @@
 #include "transport/node_map.h"
 
-#include "core/handle_registry.h"
+#include "core/api.h"
 #include "core/simulator.h"
 
 namespace oxelsim {

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "camera/camera_features.h"
-#include "transport/callback_list.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

@@ -16,7 +16,8 @@ std::shared_ptr<System> SystemDescriptor::Open() {
   std::lock_guard lock(simulator.mutex);
   if (opened_) FailAlreadyOpen("system '" + Description().id + "'");
   opened_ = std::make_shared<System>(file_, weak_from_this());
-  simulator.handles.Add(opened_.get(), Kind::System, opened_, opened_.get(), opened_.get());
+  simulator.handles.Add(opened_.get(), Kind::System, opened_, opened_.get(),
+                        static_cast<Module*>(opened_.get()));
   return opened_;
 }
 

@@ -10,7 +10,7 @@
 
 #include "core/module.h"
 #include "producer/hardware.h"
-#include "transport/callback_list.h"
+#include "core/api.h"
 
 namespace oxelsim {
 

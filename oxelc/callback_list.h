@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "core/sim_error.h"
 #include "oxel/oxel_c.h"
+#include "oxelc/api_call.h"
 
-namespace oxelsim {
+namespace oxelc {
 
 template <class Function>
 class CallbackList {
@@ -55,4 +55,4 @@ class CallbackList {
   std::vector<std::shared_ptr<Entry>> entries_;
 };
 
-}  // namespace oxelsim
+}  // namespace oxelc

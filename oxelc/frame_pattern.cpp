@@ -1,4 +1,4 @@
-#include "camera/frame_pattern.h"
+#include "oxelc/frame_pattern.h"
 
 #include <algorithm>
 #include <cstring>
@@ -7,7 +7,7 @@
 
 #include "oxel_sim.h"
 
-namespace oxelsim {
+namespace oxelc {
 namespace {
 
 // Enough for a few changes of the tens digit; each entry is one row.
@@ -94,4 +94,4 @@ size_t FramePattern::Fill(const FrameGeometry& geometry, uint64_t frameId, uint8
   return written;
 }
 
-}  // namespace oxelsim
+}  // namespace oxelc

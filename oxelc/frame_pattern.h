@@ -1,4 +1,4 @@
-// Writes the simulator's frame pattern (see oxel_sim.h) into a buffer. The
+// Writes the test picture of the simulated cameras (see sim/oxel_sim.h) into a buffer. The
 // picture is made of few distinct rows: each is drawn once and kept, and a
 // frame costs one add of a row and a precomputed frame-tag row per row. The
 // tag rows change with the frame ID's upper nibbles, once every 16 frames.
@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace oxelsim {
+namespace oxelc {
 
 struct FrameGeometry {
   uint32_t width = 0;
@@ -43,4 +43,4 @@ class FramePattern {
   std::unordered_map<uint64_t, std::vector<uint8_t>> frameRows_;
 };
 
-}  // namespace oxelsim
+}  // namespace oxelc

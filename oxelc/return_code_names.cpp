@@ -1,6 +1,6 @@
-#include "core/return_code_names.h"
+#include "oxelc/return_code_names.h"
 
-namespace oxelsim {
+namespace oxelc {
 
 const char* ReturnCodeName(OXEL_RETURN_CODE code) {
   static const char* const names[] = {
@@ -17,4 +17,4 @@ const char* ReturnCodeName(OXEL_RETURN_CODE code) {
   return names[code];
 }
 
-}  // namespace oxelsim
+}  // namespace oxelc

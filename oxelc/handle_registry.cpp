@@ -1,10 +1,10 @@
-#include "core/handle_registry.h"
+#include "oxelc/handle_registry.h"
 
 #include <cstdio>
 
-#include "core/sim_error.h"
+#include "oxelc/api_call.h"
 
-namespace oxelsim {
+namespace oxelc {
 
 const char* KindName(Kind kind) {
   switch (kind) {
@@ -45,7 +45,7 @@ std::string HandleText(const void* handle) {
 }
 
 void HandleRegistry::Add(const void* handle, Kind kind, std::weak_ptr<void> owner, void* object,
-                         Module* module) {
+                         void* module) {
   std::lock_guard lock(mutex_);
   entries_[handle] = Entry{kind, std::move(owner), object, module, nullptr};
 }
@@ -89,14 +89,14 @@ HandleRegistry::Entry HandleRegistry::FindEntry(const void* handle, Kind kind, c
   return entry;
 }
 
-Ref<Module> HandleRegistry::FindModule(const void* handle, const char* what) {
+HandleRegistry::Entry HandleRegistry::FindModuleEntry(const void* handle, const char* what) {
   Entry entry = Lock(handle, what);
   if (entry.module == nullptr) {
     Fail(OXEL_RETURN_CODE_INVALID_HANDLE, std::string(CurrentFunction()) + ": '" + what + "' " +
                                               HandleText(handle) + " is a " + KindName(entry.kind) +
                                               " handle, not a module");
   }
-  return Ref<Module>{std::move(entry.keep), entry.module};
+  return entry;
 }
 
-}  // namespace oxelsim
+}  // namespace oxelc

@@ -1,8 +1,8 @@
-#include "core/sim_error.h"
+#include "oxelc/api_call.h"
 
 #include <cstring>
 
-namespace oxelsim {
+namespace oxelc {
 
 namespace {
 thread_local LastError lastError;
@@ -10,7 +10,7 @@ thread_local const char* currentFunction = "Oxel library";
 }  // namespace
 
 void Fail(OXEL_RETURN_CODE code, const std::string& text) {
-  throw SimError(code, text);
+  throw ApiError(code, text);
 }
 
 LastError& ThreadLastError() {
@@ -73,4 +73,4 @@ FunctionScope::~FunctionScope() {
 
 }  // namespace detail
 
-}  // namespace oxelsim
+}  // namespace oxelc

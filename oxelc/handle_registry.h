@@ -1,4 +1,4 @@
-// Every handle given to a C caller is the address of a live simulator object,
+// Every handle given to a C caller is the address of a live library object,
 // filed here with its kind. A handle that is not filed (never given out,
 // closed, or of another kind) is refused with INVALID_HANDLE instead of being
 // dereferenced.
@@ -9,9 +9,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace oxelsim {
-
-class Module;
+namespace oxelc {
 
 enum class Kind {
   ProducerLibrary,
@@ -43,8 +41,10 @@ struct Ref {
 class HandleRegistry {
  public:
   // `owner` keeps `object` alive; the entry dies with it at the latest.
+  // `module` is the object as the library's module type (cast there before it
+  // is passed here, so that a base other than the first is found right).
   void Add(const void* handle, Kind kind, std::weak_ptr<void> owner, void* object,
-           Module* module = nullptr);
+           void* module = nullptr);
   void Remove(const void* handle);
 
   template <class T>
@@ -53,7 +53,11 @@ class HandleRegistry {
     return Ref<T>{std::move(entry.keep), static_cast<T*>(entry.object)};
   }
   // Any module handle: system, interface, device, remote device, stream, buffer.
-  Ref<Module> FindModule(const void* handle, const char* what);
+  template <class Module>
+  Ref<Module> FindModule(const void* handle, const char* what) {
+    Entry entry = FindModuleEntry(handle, what);
+    return Ref<Module>{std::move(entry.keep), static_cast<Module*>(entry.module)};
+  }
 
   void Clear();
 
@@ -62,18 +66,17 @@ class HandleRegistry {
     Kind kind;
     std::weak_ptr<void> owner;
     void* object;
-    Module* module;
+    void* module;
     std::shared_ptr<void> keep;
   };
   Entry FindEntry(const void* handle, Kind kind, const char* what);
+  Entry FindModuleEntry(const void* handle, const char* what);
   Entry Lock(const void* handle, const char* what);
 
   std::mutex mutex_;
   std::unordered_map<const void*, Entry> entries_;
 };
 
-HandleRegistry& Handles();
-
 std::string HandleText(const void* handle);
 
-}  // namespace oxelsim
+}  // namespace oxelc

@@ -1,5 +1,5 @@
-// Failures inside the simulator and how they reach a C caller: every exported
-// function runs its body through RunApiCall, which turns a thrown SimError into
+// Failures inside an Oxel library and how they reach a C caller: every exported
+// function runs its body through RunApiCall, which turns a thrown ApiError into
 // the function's return code and the calling thread's last error.
 #pragma once
 
@@ -12,11 +12,11 @@
 
 #include "oxel/oxel_c.h"
 
-namespace oxelsim {
+namespace oxelc {
 
-class SimError : public std::runtime_error {
+class ApiError : public std::runtime_error {
  public:
-  SimError(OXEL_RETURN_CODE code, const std::string& text)
+  ApiError(OXEL_RETURN_CODE code, const std::string& text)
       : std::runtime_error(text), code_(code) {}
   OXEL_RETURN_CODE Code() const { return code_; }
 
@@ -48,7 +48,7 @@ LastError& ThreadLastError();
 // Name of the exported function the calling thread is in, for error texts.
 const char* CurrentFunction();
 
-// Runs `body` as the exported function `function`: success gives 0, a SimError
+// Runs `body` as the exported function `function`: success gives 0, a ApiError
 // gives its code and becomes the last error, any other exception becomes
 // OXEL_RETURN_CODE_ERROR (or BAD_ALLOC) with its text. Nothing escapes.
 template <class Body>
@@ -92,7 +92,7 @@ OXEL_RETURN_CODE RunApiCall(const char* function, Body&& body) noexcept {
   try {
     body();
     return OXEL_RETURN_CODE_SUCCESS;
-  } catch (const SimError& error) {
+  } catch (const ApiError& error) {
     return detail::Record(error.Code(), error.what());
   } catch (const std::bad_alloc&) {
     return detail::Record(OXEL_RETURN_CODE_BAD_ALLOC, std::string(function) + ": out of memory");
@@ -104,4 +104,4 @@ OXEL_RETURN_CODE RunApiCall(const char* function, Body&& body) noexcept {
   }
 }
 
-}  // namespace oxelsim
+}  // namespace oxelc
