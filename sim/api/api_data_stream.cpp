@@ -20,9 +20,9 @@ OXEL_RETURN_CODE StreamValue(const char* function, OXEL_DATA_STREAM stream, T* o
   });
 }
 
-std::shared_ptr<SimBuffer> FindBuffer(OXEL_BUFFER buffer) {
-  Ref<SimBuffer> found = Find<SimBuffer>(buffer, Kind::Buffer, "buffer");
-  return std::static_pointer_cast<SimBuffer>(found.keepAlive);
+std::shared_ptr<PoolBuffer> FindBuffer(OXEL_BUFFER buffer) {
+  Ref<PoolBuffer> found = Find<PoolBuffer>(buffer, Kind::Buffer, "buffer");
+  return std::static_pointer_cast<PoolBuffer>(found.keepAlive);
 }
 
 // Values the last frame left in the buffer, read under the camera's mutex.
@@ -30,7 +30,7 @@ template <class T, class Query>
 OXEL_RETURN_CODE BufferValue(const char* function, OXEL_BUFFER buffer, T* out, const char* name,
                              Query query, bool needsFrame) {
   return RunApiCall(function, [&] {
-    std::shared_ptr<SimBuffer> found = FindBuffer(buffer);
+    std::shared_ptr<PoolBuffer> found = FindBuffer(buffer);
     T& result = Out(out, name);
     std::lock_guard lock(found->Guard());
     if (needsFrame && !found->hasFrame) {
@@ -179,58 +179,58 @@ OXEL_RETURN_CODE OXEL_Buffer_ToModule(OXEL_BUFFER buffer, OXEL_MODULE* module) {
 OXEL_RETURN_CODE OXEL_Buffer_GetBasePtr(OXEL_BUFFER buffer, void** basePtr) {
   return BufferValue(
       __func__, buffer, basePtr, "basePtr",
-      [](SimBuffer& b) { return static_cast<void*>(b.Base()); }, false);
+      [](PoolBuffer& b) { return static_cast<void*>(b.Base()); }, false);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetSize(OXEL_BUFFER buffer, size_t* size) {
   return BufferValue(
-      __func__, buffer, size, "size", [](SimBuffer& b) { return b.Size(); }, false);
+      __func__, buffer, size, "size", [](PoolBuffer& b) { return b.Size(); }, false);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetUserPtr(OXEL_BUFFER buffer, void** userPtr) {
   return BufferValue(
-      __func__, buffer, userPtr, "userPtr", [](SimBuffer& b) { return b.UserPtr(); }, false);
+      __func__, buffer, userPtr, "userPtr", [](PoolBuffer& b) { return b.UserPtr(); }, false);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetWidth(OXEL_BUFFER buffer, size_t* width) {
   return BufferValue(
-      __func__, buffer, width, "width", [](SimBuffer& b) { return b.width; }, true);
+      __func__, buffer, width, "width", [](PoolBuffer& b) { return b.width; }, true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetHeight(OXEL_BUFFER buffer, size_t* height) {
   return BufferValue(
-      __func__, buffer, height, "height", [](SimBuffer& b) { return b.height; }, true);
+      __func__, buffer, height, "height", [](PoolBuffer& b) { return b.height; }, true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetXOffset(OXEL_BUFFER buffer, size_t* xOffset) {
   return BufferValue(
-      __func__, buffer, xOffset, "xOffset", [](SimBuffer& b) { return b.xOffset; }, true);
+      __func__, buffer, xOffset, "xOffset", [](PoolBuffer& b) { return b.xOffset; }, true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetYOffset(OXEL_BUFFER buffer, size_t* yOffset) {
   return BufferValue(
-      __func__, buffer, yOffset, "yOffset", [](SimBuffer& b) { return b.yOffset; }, true);
+      __func__, buffer, yOffset, "yOffset", [](PoolBuffer& b) { return b.yOffset; }, true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetPixelFormat(OXEL_BUFFER buffer, uint64_t* pixelFormat) {
   return BufferValue(
-      __func__, buffer, pixelFormat, "pixelFormat", [](SimBuffer& b) { return b.pixelFormat; },
+      __func__, buffer, pixelFormat, "pixelFormat", [](PoolBuffer& b) { return b.pixelFormat; },
       true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetFrameID(OXEL_BUFFER buffer, uint64_t* frameId) {
   return BufferValue(
-      __func__, buffer, frameId, "frameId", [](SimBuffer& b) { return b.frameId; }, true);
+      __func__, buffer, frameId, "frameId", [](PoolBuffer& b) { return b.frameId; }, true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetTimestampNs(OXEL_BUFFER buffer, uint64_t* timestampNs) {
   return BufferValue(
-      __func__, buffer, timestampNs, "timestampNs", [](SimBuffer& b) { return b.timestampNs; },
+      __func__, buffer, timestampNs, "timestampNs", [](PoolBuffer& b) { return b.timestampNs; },
       true);
 }
 
 OXEL_RETURN_CODE OXEL_Buffer_GetIsIncomplete(OXEL_BUFFER buffer, OXEL_BOOL8* isIncomplete) {
   return BufferValue(
       __func__, buffer, isIncomplete, "isIncomplete",
-      [](SimBuffer& b) { return b.incomplete ? 1 : 0; }, false);
+      [](PoolBuffer& b) { return b.incomplete ? 1 : 0; }, false);
 }

@@ -209,7 +209,7 @@ void Acquisition::BeginFrame(Clock::time_point start) {
 
 void Acquisition::Deliver(const Frame& frame) {
   if (pool_ == nullptr || !pool_->Grabbing()) return;
-  std::shared_ptr<SimBuffer> buffer = pool_->TakeQueued();
+  std::shared_ptr<PoolBuffer> buffer = pool_->TakeQueued();
   if (!buffer) return;
   // An incomplete frame lost its second half on the way.
   const size_t room =

@@ -30,7 +30,7 @@
 #include <thread>
 #include <vector>
 
-#include "camera/buffer_pool.h"
+#include "oxelc/buffer_pool.h"
 #include "camera/camera_features.h"
 #include "core/api.h"
 #include "oxelc/frame_pattern.h"

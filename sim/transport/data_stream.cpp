@@ -90,19 +90,19 @@ uint64_t DataStream::UnderrunCount() const {
   return pool_.UnderrunCount();
 }
 
-std::shared_ptr<SimBuffer> DataStream::AllocAndAnnounce(size_t size, void* userPtr) {
-  std::shared_ptr<SimBuffer> buffer;
+std::shared_ptr<PoolBuffer> DataStream::AllocAndAnnounce(size_t size, void* userPtr) {
+  std::shared_ptr<PoolBuffer> buffer;
   {
     std::lock_guard lock(Camera().Mutex());
     Camera().CheckAnswering(*session_);
     buffer = pool_.Announce(size, userPtr);
   }
   Simulator::Instance().handles.Add(buffer.get(), Kind::Buffer, buffer, buffer.get(),
-                                    static_cast<Module*>(buffer.get()));
+                                    static_cast<Module*>(&BufferModule::Instance()));
   return buffer;
 }
 
-void* DataStream::Revoke(const std::shared_ptr<SimBuffer>& buffer) {
+void* DataStream::Revoke(const std::shared_ptr<PoolBuffer>& buffer) {
   void* userPtr = nullptr;
   {
     std::lock_guard lock(Camera().Mutex());
@@ -112,16 +112,16 @@ void* DataStream::Revoke(const std::shared_ptr<SimBuffer>& buffer) {
   return userPtr;
 }
 
-void DataStream::Queue(const std::shared_ptr<SimBuffer>& buffer) {
+void DataStream::Queue(const std::shared_ptr<PoolBuffer>& buffer) {
   std::lock_guard lock(Camera().Mutex());
   Camera().CheckAnswering(*session_);
   pool_.Queue(buffer);
 }
 
-std::shared_ptr<SimBuffer> DataStream::Wait(uint64_t timeoutMs) {
+std::shared_ptr<PoolBuffer> DataStream::Wait(uint64_t timeoutMs) {
   std::unique_lock lock(Camera().Mutex());
   Camera().CheckAnswering(*session_);
-  std::shared_ptr<SimBuffer> buffer = pool_.Wait(lock, timeoutMs);
+  std::shared_ptr<PoolBuffer> buffer = pool_.Wait(lock, timeoutMs);
   if (!buffer) {
     Camera().CheckAnswering(*session_);  // names why the camera was lost
     Fail(OXEL_RETURN_CODE_ERROR, std::string(CurrentFunction()) + ": camera '" + Camera().Id() +
@@ -177,7 +177,7 @@ void DataStream::Flush(OXEL_DATA_STREAM_FLUSH_MODE mode) {
 void DataStream::CloseLocked() {
   if (closed_) return;
   closed_ = true;
-  std::vector<std::shared_ptr<SimBuffer>> buffers;
+  std::vector<std::shared_ptr<PoolBuffer>> buffers;
   {
     std::lock_guard lock(Camera().Mutex());
     Camera().Frames().DetachStream(&pool_);

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "camera/buffer_pool.h"
+#include "oxelc/buffer_pool.h"
 #include "camera/sim_camera.h"
 #include "core/module.h"
 
@@ -32,10 +32,10 @@ class DataStream : public Module, public std::enable_shared_from_this<DataStream
   uint64_t DeliveredCount() const;
   uint64_t UnderrunCount() const;
 
-  std::shared_ptr<SimBuffer> AllocAndAnnounce(size_t size, void* userPtr);
-  void* Revoke(const std::shared_ptr<SimBuffer>& buffer);
-  void Queue(const std::shared_ptr<SimBuffer>& buffer);
-  std::shared_ptr<SimBuffer> Wait(uint64_t timeoutMs);
+  std::shared_ptr<PoolBuffer> AllocAndAnnounce(size_t size, void* userPtr);
+  void* Revoke(const std::shared_ptr<PoolBuffer>& buffer);
+  void Queue(const std::shared_ptr<PoolBuffer>& buffer);
+  std::shared_ptr<PoolBuffer> Wait(uint64_t timeoutMs);
   void KillWait();
   void Start(OXEL_ACQUISITION_START_MODE mode, uint64_t count);
   void Stop(OXEL_ACQUISITION_STOP_MODE mode);

@@ -1,64 +1,60 @@
-#include "camera/buffer_pool.h"
+#include "oxelc/buffer_pool.h"
 
 #include <algorithm>
 #include <chrono>
 
-#include "core/api.h"
+#include "oxelc/api_call.h"
+#include "oxelc/handle_registry.h"
 
-namespace oxelsim {
+namespace oxelc {
 
-SimBuffer::SimBuffer(const BufferPool* pool, std::mutex& guard, size_t size, void* userPtr)
+PoolBuffer::PoolBuffer(const BufferPool* pool, std::mutex& guard, size_t size, void* userPtr)
     : pool_(pool),
       guard_(guard),
       memory_(std::make_unique_for_overwrite<uint8_t[]>(size)),
       size_(size),
       userPtr_(userPtr) {}
 
-std::shared_ptr<NodeMap> SimBuffer::NodeMapAt(size_t index) const {
-  Fail(OXEL_RETURN_CODE_OUT_OF_RANGE,
-       "node map index " + std::to_string(index) + " of a buffer, which has no node maps");
-}
-
 void BufferPool::FailHere(OXEL_RETURN_CODE code, const std::string& what) const {
   Fail(code, std::string(CurrentFunction()) + ": " + what + " (" + name_ + ")");
 }
 
-void BufferPool::CheckMine(const std::shared_ptr<SimBuffer>& buffer) const {
+void BufferPool::CheckMine(const std::shared_ptr<PoolBuffer>& buffer) const {
   if (buffer->Pool() != this) {
     FailHere(OXEL_RETURN_CODE_INVALID_HANDLE,
              "buffer " + HandleText(buffer.get()) + " was announced on another data stream");
   }
 }
 
-std::shared_ptr<SimBuffer> BufferPool::Announce(size_t size, void* userPtr) {
+std::shared_ptr<PoolBuffer> BufferPool::Announce(size_t size, void* userPtr) {
   if (size == 0) FailHere(OXEL_RETURN_CODE_INVALID_ARGUMENT, "a buffer size of 0 bytes");
-  auto buffer = std::make_shared<SimBuffer>(this, guard_, size, userPtr);
+  auto buffer = std::make_shared<PoolBuffer>(this, guard_, size, userPtr);
   announced_.push_back(buffer);
   return buffer;
 }
 
-void BufferPool::Queue(const std::shared_ptr<SimBuffer>& buffer) {
+void BufferPool::Queue(const std::shared_ptr<PoolBuffer>& buffer) {
   CheckMine(buffer);
-  if (buffer->state == SimBuffer::State::Queued) {
+  if (buffer->state == PoolBuffer::State::Queued) {
     FailHere(OXEL_RETURN_CODE_INVALID_ARGUMENT,
              "buffer " + HandleText(buffer.get()) + " is already queued in the input pool");
   }
-  if (buffer->state == SimBuffer::State::Filled) {
+  if (buffer->state == PoolBuffer::State::Filled) {
     FailHere(OXEL_RETURN_CODE_INVALID_ARGUMENT,
              "buffer " + HandleText(buffer.get()) +
                  " is in the output queue; take it with a wait before queueing it again");
   }
-  buffer->state = SimBuffer::State::Queued;
+  buffer->state = PoolBuffer::State::Queued;
   input_.push_back(buffer);
 }
 
-void* BufferPool::Revoke(const std::shared_ptr<SimBuffer>& buffer) {
+void* BufferPool::Revoke(const std::shared_ptr<PoolBuffer>& buffer) {
   CheckMine(buffer);
-  if (buffer->state != SimBuffer::State::Announced && grabbing_) {
+  if (buffer->state != PoolBuffer::State::Announced && grabbing_) {
     FailHere(OXEL_RETURN_CODE_BAD_ACCESS,
              "buffer " + HandleText(buffer.get()) + " is still " +
-                 (buffer->state == SimBuffer::State::Queued ? "in the input pool"
-                                                            : "in the output queue") +
+                 (buffer->state == PoolBuffer::State::Queued ? "in the input pool"
+                                                             : "in the output queue") +
                  " while the stream is acquiring; stop the acquisition or flush first");
   }
   std::erase(input_, buffer);
@@ -68,14 +64,14 @@ void* BufferPool::Revoke(const std::shared_ptr<SimBuffer>& buffer) {
 }
 
 void BufferPool::Flush(OXEL_DATA_STREAM_FLUSH_MODE mode) {
-  auto toState = [](std::deque<std::shared_ptr<SimBuffer>>& queue, SimBuffer::State state) {
+  auto toState = [](std::deque<std::shared_ptr<PoolBuffer>>& queue, PoolBuffer::State state) {
     for (auto& buffer : queue) buffer->state = state;
     queue.clear();
   };
   switch (mode) {
     case OXEL_DATA_STREAM_FLUSH_MODE_INPUT_TO_OUTPUT:
       for (auto& buffer : input_) {
-        buffer->state = SimBuffer::State::Filled;
+        buffer->state = PoolBuffer::State::Filled;
         buffer->hasFrame = false;
         buffer->incomplete = true;
         output_.push_back(buffer);
@@ -84,26 +80,26 @@ void BufferPool::Flush(OXEL_DATA_STREAM_FLUSH_MODE mode) {
       changed_.notify_all();
       return;
     case OXEL_DATA_STREAM_FLUSH_MODE_DISCARD_OUTPUT:
-      toState(output_, SimBuffer::State::Announced);
+      toState(output_, PoolBuffer::State::Announced);
       return;
     case OXEL_DATA_STREAM_FLUSH_MODE_ALL_TO_INPUT:
       input_.clear();
       output_.clear();
       for (auto& buffer : announced_) {
-        buffer->state = SimBuffer::State::Queued;
+        buffer->state = PoolBuffer::State::Queued;
         input_.push_back(buffer);
       }
       return;
     case OXEL_DATA_STREAM_FLUSH_MODE_UNQUEUED_TO_INPUT:
       for (auto& buffer : announced_) {
-        if (buffer->state != SimBuffer::State::Announced) continue;
-        buffer->state = SimBuffer::State::Queued;
+        if (buffer->state != PoolBuffer::State::Announced) continue;
+        buffer->state = PoolBuffer::State::Queued;
         input_.push_back(buffer);
       }
       return;
     case OXEL_DATA_STREAM_FLUSH_MODE_DISCARD_ALL:
-      toState(input_, SimBuffer::State::Announced);
-      toState(output_, SimBuffer::State::Announced);
+      toState(input_, PoolBuffer::State::Announced);
+      toState(output_, PoolBuffer::State::Announced);
       return;
     default:
       FailHere(OXEL_RETURN_CODE_INVALID_ARGUMENT, "unknown flush mode " + std::to_string(mode));
@@ -125,8 +121,8 @@ void BufferPool::Stop() {
   grabbing_ = false;
 }
 
-std::shared_ptr<SimBuffer> BufferPool::Wait(std::unique_lock<std::mutex>& lock,
-                                            uint64_t timeoutMs) {
+std::shared_ptr<PoolBuffer> BufferPool::Wait(std::unique_lock<std::mutex>& lock,
+                                             uint64_t timeoutMs) {
   const uint64_t generation = killGeneration_;
   if (closed_) FailHere(OXEL_RETURN_CODE_ABORTED, "the data stream is closed");
   if (killPending_) {
@@ -162,9 +158,9 @@ std::shared_ptr<SimBuffer> BufferPool::Wait(std::unique_lock<std::mutex>& lock,
                "no buffer was finished within " + std::to_string(timeoutMs) + " ms");
     }
   }
-  std::shared_ptr<SimBuffer> buffer = output_.front();
+  std::shared_ptr<PoolBuffer> buffer = output_.front();
   output_.pop_front();
-  buffer->state = SimBuffer::State::Announced;
+  buffer->state = PoolBuffer::State::Announced;
   return buffer;
 }
 
@@ -189,18 +185,25 @@ void BufferPool::Close() {
   changed_.notify_all();
 }
 
-std::shared_ptr<SimBuffer> BufferPool::TakeQueued() {
+std::shared_ptr<PoolBuffer> BufferPool::TakeQueued() {
   if (input_.empty()) {
     ++underruns_;
     return nullptr;
   }
-  std::shared_ptr<SimBuffer> buffer = input_.front();
+  std::shared_ptr<PoolBuffer> buffer = input_.front();
   input_.pop_front();
   return buffer;
 }
 
-void BufferPool::Deliver(const std::shared_ptr<SimBuffer>& buffer) {
-  buffer->state = SimBuffer::State::Filled;
+void BufferPool::ReturnUnfilled(const std::vector<std::shared_ptr<PoolBuffer>>& buffers) {
+  for (auto it = buffers.rbegin(); it != buffers.rend(); ++it) {
+    (*it)->state = PoolBuffer::State::Queued;
+    input_.push_front(*it);
+  }
+}
+
+void BufferPool::Deliver(const std::shared_ptr<PoolBuffer>& buffer) {
+  buffer->state = PoolBuffer::State::Filled;
   output_.push_back(buffer);
   ++delivered_;
   ++acquired_;
@@ -208,4 +211,4 @@ void BufferPool::Deliver(const std::shared_ptr<SimBuffer>& buffer) {
   changed_.notify_all();
 }
 
-}  // namespace oxelsim
+}  // namespace oxelc

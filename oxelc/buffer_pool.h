@@ -13,22 +13,18 @@
 #include <string>
 #include <vector>
 
-#include "core/module.h"
 #include "oxel/oxel_c.h"
 
-namespace oxelsim {
+namespace oxelc {
 
 class BufferPool;
 
-class SimBuffer : public Module {
+class PoolBuffer {
  public:
   enum class State { Announced, Queued, Filled };
 
-  // `guard` is the camera's mutex, which guards the frame values below.
-  SimBuffer(const BufferPool* pool, std::mutex& guard, size_t size, void* userPtr);
-
-  size_t NodeMapCount() const override { return 0; }
-  std::shared_ptr<NodeMap> NodeMapAt(size_t index) const override;
+  // `guard` is the stream owner's mutex, which guards the frame values below.
+  PoolBuffer(const BufferPool* pool, std::mutex& guard, size_t size, void* userPtr);
 
   const BufferPool* Pool() const { return pool_; }
   uint8_t* Base() const { return memory_.get(); }
@@ -61,10 +57,10 @@ class BufferPool {
   // `guard` is the camera's mutex, held by every caller.
   BufferPool(std::string name, std::mutex& guard) : name_(std::move(name)), guard_(guard) {}
 
-  std::shared_ptr<SimBuffer> Announce(size_t size, void* userPtr);
-  void Queue(const std::shared_ptr<SimBuffer>& buffer);
+  std::shared_ptr<PoolBuffer> Announce(size_t size, void* userPtr);
+  void Queue(const std::shared_ptr<PoolBuffer>& buffer);
   // Returns the buffer's user pointer.
-  void* Revoke(const std::shared_ptr<SimBuffer>& buffer);
+  void* Revoke(const std::shared_ptr<PoolBuffer>& buffer);
   void Flush(OXEL_DATA_STREAM_FLUSH_MODE mode);
 
   void Start(uint64_t framesToAcquire);
@@ -75,7 +71,7 @@ class BufferPool {
   // KillWait or Close. A wait that starts on a stream that is not grabbing
   // and has no filled buffer fails at once. Returns null when the camera was
   // lost (the caller names why).
-  std::shared_ptr<SimBuffer> Wait(std::unique_lock<std::mutex>& lock, uint64_t timeoutMs);
+  std::shared_ptr<PoolBuffer> Wait(std::unique_lock<std::mutex>& lock, uint64_t timeoutMs);
   void KillWait();
   // Ends every wait with ABORTED and refuses later ones.
   void Close();
@@ -83,8 +79,11 @@ class BufferPool {
   void Lose();
 
   // The producer's side: the oldest queued buffer (null: an underrun, counted).
-  std::shared_ptr<SimBuffer> TakeQueued();
-  void Deliver(const std::shared_ptr<SimBuffer>& buffer);
+  std::shared_ptr<PoolBuffer> TakeQueued();
+  // Buffers taken but not filled (an acquisition stopped under them) go back
+  // to the front of the input pool, in the order given.
+  void ReturnUnfilled(const std::vector<std::shared_ptr<PoolBuffer>>& buffers);
+  void Deliver(const std::shared_ptr<PoolBuffer>& buffer);
 
   size_t AnnouncedCount() const { return announced_.size(); }
   size_t QueuedCount() const { return input_.size(); }
@@ -92,17 +91,17 @@ class BufferPool {
   uint64_t DeliveredCount() const { return delivered_; }
   uint64_t UnderrunCount() const { return underruns_; }
   const std::string& Name() const { return name_; }
-  std::vector<std::shared_ptr<SimBuffer>> Announced() const { return announced_; }
+  std::vector<std::shared_ptr<PoolBuffer>> Announced() const { return announced_; }
 
  private:
   [[noreturn]] void FailHere(OXEL_RETURN_CODE code, const std::string& what) const;
-  void CheckMine(const std::shared_ptr<SimBuffer>& buffer) const;
+  void CheckMine(const std::shared_ptr<PoolBuffer>& buffer) const;
 
   std::string name_;
   std::mutex& guard_;
-  std::vector<std::shared_ptr<SimBuffer>> announced_;
-  std::deque<std::shared_ptr<SimBuffer>> input_;
-  std::deque<std::shared_ptr<SimBuffer>> output_;
+  std::vector<std::shared_ptr<PoolBuffer>> announced_;
+  std::deque<std::shared_ptr<PoolBuffer>> input_;
+  std::deque<std::shared_ptr<PoolBuffer>> output_;
   std::condition_variable changed_;
   bool grabbing_ = false;
   bool closed_ = false;
@@ -116,4 +115,4 @@ class BufferPool {
   bool killPending_ = false;
 };
 
-}  // namespace oxelsim
+}  // namespace oxelc
