@@ -8,8 +8,13 @@
 #include "oxel_sim.h"
 #pragma GCC visibility pop
 
+#include <mutex>
+
 #include "core/api.h"
 #include "core/simulator.h"
+#include "transport/data_stream.h"
+#include "transport/interface.h"
+#include "transport/producer_library.h"
 
 namespace oxelsim {
 
@@ -21,4 +26,12 @@ Ref<T> Find(Handle handle, Kind kind, const char* what) {
   return simulator.handles.Find<T>(handle, kind, what);
 }
 
+// Guards the structure of opened modules while one closes.
+inline std::unique_lock<std::mutex> LockStructure() {
+  return std::unique_lock(Simulator::Instance().mutex);
+}
+
 }  // namespace oxelsim
+
+// The objects behind the exported functions that every Oxel library shares.
+namespace oxellib = oxelsim;

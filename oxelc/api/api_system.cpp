@@ -1,17 +1,17 @@
-// Systems and interfaces, with their descriptors and found/lost callbacks.
+// Systems and interfaces, with their descriptors and found/lost callbacks: the
+// exported functions every Oxel library shares, over the objects of the one
+// being built (api/exported.h of that library).
 #include "api/exported.h"
-#include "transport/interface.h"
-#include "transport/producer_library.h"
 
-using namespace oxelsim;
+using namespace oxellib;
 
 namespace {
 
-// Structural changes take the simulator's mutex; the update calls do it
+// Structural changes take the library's structure lock; the update calls do it
 // themselves so that their callbacks run without it.
 template <class Work>
 void Locked(Work&& work) {
-  std::lock_guard lock(Simulator::Instance().mutex);
+  auto lock = LockStructure();
   work();
 }
 
@@ -104,7 +104,7 @@ OXEL_RETURN_CODE OXEL_System_UnregisterInterfaceLostCallback(OXEL_SYSTEM system,
 }
 
 OXEL_RETURN_CODE OXEL_System_UpdateInterfaces(OXEL_SYSTEM system, uint64_t timeoutMs) {
-  (void)timeoutMs;  // the simulated bus answers at once
+  (void)timeoutMs;  // discovery has a time limit of its own
   return RunApiCall(__func__,
                     [&] { Find<System>(system, Kind::System, "system")->UpdateInterfaces(); });
 }
@@ -191,7 +191,7 @@ OXEL_RETURN_CODE OXEL_Interface_UnregisterDeviceLostCallback(OXEL_INTERFACE inte
 }
 
 OXEL_RETURN_CODE OXEL_Interface_UpdateDevices(OXEL_INTERFACE interfaceHandle, uint64_t timeoutMs) {
-  (void)timeoutMs;  // the simulated bus answers at once
+  (void)timeoutMs;  // discovery has a time limit of its own
   return RunApiCall(__func__, [&] {
     Find<Interface>(interfaceHandle, Kind::Interface, "interfaceHandle")->UpdateDevices();
   });

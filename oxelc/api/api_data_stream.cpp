@@ -1,8 +1,8 @@
-// Data streams and buffers.
+// Data streams and buffers: the exported functions every Oxel library shares,
+// over the objects of the one being built (api/exported.h of that library).
 #include "api/exported.h"
-#include "transport/data_stream.h"
 
-using namespace oxelsim;
+using namespace oxellib;
 
 namespace {
 
@@ -25,7 +25,7 @@ std::shared_ptr<PoolBuffer> FindBuffer(OXEL_BUFFER buffer) {
   return std::static_pointer_cast<PoolBuffer>(found.keepAlive);
 }
 
-// Values the last frame left in the buffer, read under the camera's mutex.
+// Values the last frame left in the buffer, read under the stream owner's mutex.
 template <class T, class Query>
 OXEL_RETURN_CODE BufferValue(const char* function, OXEL_BUFFER buffer, T* out, const char* name,
                              Query query, bool needsFrame) {
@@ -164,7 +164,7 @@ OXEL_RETURN_CODE OXEL_DataStream_Flush(OXEL_DATA_STREAM dataStream,
 OXEL_RETURN_CODE OXEL_DataStream_Close(OXEL_DATA_STREAM dataStream) {
   return RunApiCall(__func__, [&] {
     auto opened = FindStream(dataStream);
-    std::lock_guard lock(Simulator::Instance().mutex);
+    auto lock = LockStructure();
     opened->CloseLocked();
   });
 }
