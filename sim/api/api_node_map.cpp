@@ -1,8 +1,8 @@
 // Modules, node maps, and what every node has: name, kind, access status,
 // change callbacks and the casts to its kind.
 #include "api/exported.h"
-#include "core/module.h"
 #include "api/node_lookup.h"
+#include "core/module.h"
 #include "transport/node_map.h"
 
 using namespace oxelsim;

@@ -26,6 +26,11 @@ Ref<T> Find(Handle handle, Kind kind, const char* what) {
   return simulator.handles.Find<T>(handle, kind, what);
 }
 
+// Fails with NOT_INITIALIZED unless a user has initialized the library.
+inline void RequireStarted() {
+  Simulator::Instance().RequireStarted();
+}
+
 // Guards the structure of opened modules while one closes.
 inline std::unique_lock<std::mutex> LockStructure() {
   return std::unique_lock(Simulator::Instance().mutex);

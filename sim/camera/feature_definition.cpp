@@ -11,46 +11,6 @@ const EnumEntryDefinition* FeatureDefinition::FindEntry(const std::string& symbo
   return nullptr;
 }
 
-const char* NodeTypeName(OXEL_NODE_TYPE type) {
-  switch (type) {
-    case OXEL_NODE_TYPE_INTEGER:
-      return "Integer";
-    case OXEL_NODE_TYPE_BOOLEAN:
-      return "Boolean";
-    case OXEL_NODE_TYPE_COMMAND:
-      return "Command";
-    case OXEL_NODE_TYPE_FLOAT:
-      return "Float";
-    case OXEL_NODE_TYPE_STRING:
-      return "String";
-    case OXEL_NODE_TYPE_REGISTER:
-      return "Register";
-    case OXEL_NODE_TYPE_CATEGORY:
-      return "Category";
-    case OXEL_NODE_TYPE_ENUMERATION:
-      return "Enumeration";
-    case OXEL_NODE_TYPE_ENUMERATION_ENTRY:
-      return "EnumerationEntry";
-  }
-  return "Unknown";
-}
-
-const char* AccessName(OXEL_NODE_ACCESS_STATUS access) {
-  switch (access) {
-    case OXEL_NODE_ACCESS_STATUS_NOT_IMPLEMENTED:
-      return "NotImplemented";
-    case OXEL_NODE_ACCESS_STATUS_NOT_AVAILABLE:
-      return "NotAvailable";
-    case OXEL_NODE_ACCESS_STATUS_WRITE_ONLY:
-      return "WriteOnly";
-    case OXEL_NODE_ACCESS_STATUS_READ_ONLY:
-      return "ReadOnly";
-    case OXEL_NODE_ACCESS_STATUS_READ_WRITE:
-      return "ReadWrite";
-  }
-  return "NotDefined";
-}
-
 std::string DisplayNameOf(const std::string& name) {
   std::string display;
   for (size_t i = 0; i < name.size(); ++i) {

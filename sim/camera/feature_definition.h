@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/api.h"
 #include "oxel/oxel_c.h"
 
 namespace oxelsim {
@@ -53,9 +54,6 @@ struct FeatureDefinition {
 
   const EnumEntryDefinition* FindEntry(const std::string& symbolic) const;
 };
-
-const char* NodeTypeName(OXEL_NODE_TYPE type);
-const char* AccessName(OXEL_NODE_ACCESS_STATUS access);
 
 // "OffsetX" -> "Offset X", "TLParamsLocked" -> "TL Params Locked".
 std::string DisplayNameOf(const std::string& name);

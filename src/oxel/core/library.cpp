@@ -1,5 +1,6 @@
 #include "oxel/core/library.h"
 
+#include <cstdlib>
 #include <mutex>
 #include <optional>
 
@@ -18,7 +19,11 @@ void BindOnce() {
     return;
   }
   if (!bound) {
-    bound = core::BindOxelLibrary(core::kOxelLibraryFile);
+    // TAVRO_OXEL_LIBRARY names another camera library (the one over Aravis,
+    // for real cameras); unset or empty, the one beside the plug-in.
+    const char* chosen = std::getenv("TAVRO_OXEL_LIBRARY");
+    bound = core::BindOxelLibrary(chosen != nullptr && *chosen != '\0' ? chosen
+                                                                       : core::kOxelLibraryFile);
   }
   core::InstallFunctionTable(&*bound);
 }

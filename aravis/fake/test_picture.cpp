@@ -1,0 +1,49 @@
+#include "fake/test_picture.h"
+
+namespace oxelarv {
+
+uint64_t FrameIdUnwrapper::Next(uint64_t raw) {
+  if (raw > 0xFFFF) {
+    // A transport with wide IDs (USB3 Vision, GigE Vision 2 extended IDs).
+    last_ = raw;
+    any_ = true;
+    return raw;
+  }
+  uint64_t id = (last_ & ~uint64_t{0xFFFF}) | raw;
+  if (any_ && id + 0x8000 < last_) id += 0x10000;
+  last_ = id;
+  any_ = true;
+  return id;
+}
+
+void TestPicture::Install(ArvFakeCamera* camera) {
+  camera_ = camera;
+  arv_fake_camera_set_fill_pattern(camera_, &TestPicture::Fill, this);
+}
+
+void TestPicture::Remove() {
+  // Aravis holds its fill lock while drawing: once this returns, no drawing
+  // with this object is under way or to come.
+  if (camera_ != nullptr) arv_fake_camera_set_fill_pattern(camera_, nullptr, nullptr);
+  camera_ = nullptr;
+}
+
+void TestPicture::Fill(ArvBuffer* buffer, void* self, guint32, guint32, ArvPixelFormat format) {
+  auto* picture = static_cast<TestPicture*>(self);
+  oxelc::FrameGeometry geometry;
+  geometry.width = static_cast<uint32_t>(arv_buffer_get_image_width(buffer));
+  geometry.height = static_cast<uint32_t>(arv_buffer_get_image_height(buffer));
+  geometry.offsetX = static_cast<uint32_t>(arv_buffer_get_image_x(buffer));
+  geometry.offsetY = static_cast<uint32_t>(arv_buffer_get_image_y(buffer));
+  geometry.bytesPerPixel = format == ARV_PIXEL_FORMAT_BGR_8_PACKED ? 3 : 1;
+  // The fake camera has checked that the buffer holds the whole payload;
+  // the size it reports is what was received so far, 0 here.
+  size_t received = 0;
+  auto* data = static_cast<uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &received)));
+  const size_t frameBytes = size_t{geometry.width} * geometry.height * geometry.bytesPerPixel;
+  std::lock_guard lock(picture->mutex_);
+  const uint64_t id = picture->ids_.Next(arv_buffer_get_frame_id(buffer));
+  picture->pattern_.Fill(geometry, id, data, frameBytes);
+}
+
+}  // namespace oxelarv
