@@ -185,7 +185,7 @@ std::string GrabAndSave(const GrabOptions& options) {
   return "Saved a " + std::to_string(width) + " x " + std::to_string(height) +
          (options.colour ? " RGB" : " grey") + " image from camera " +
          std::to_string(options.camera) + " (" + camera.szCamKey + ") to " + options.output +
-         "  (producers: " + producers + ")\n";
+         "  (" + CameraSource(producers) + ")\n";
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "plugin.h"
 #include "records.h"
+#include "simulator.h"
 
 namespace tavro_host {
 namespace {
@@ -92,6 +93,7 @@ int RunList(const Arguments& arguments) {
   if (json) {
     nlohmann::json list = {
         {"producers", producers},
+        {"cameraLibrary", {{"kind", CameraLibraryDescription()}, {"path", CameraLibraryPath()}}},
         {"largest", {{"width", cameras.widest()}, {"height", cameras.highest()}}},
         {"cameras", nlohmann::json::array()}};
     for (int n = 0; n < cameras.cameraCount(); ++n) {
@@ -102,7 +104,7 @@ int RunList(const Arguments& arguments) {
   }
   std::cout << "\n"
             << cameras.cameraCount() << " camera(s) opened, largest image " << cameras.widest()
-            << " x " << cameras.highest() << " (producers: " << producers << ")\n";
+            << " x " << cameras.highest() << " (" << CameraSource(producers) << ")\n";
   for (int n = 0; n < cameras.cameraCount(); ++n) {
     std::cout << "\n" << DescribeCamera(cameras.record().tCam[n]);
   }

@@ -1,8 +1,11 @@
 // tavro-host: the reference host. Loads libtavro.so from its own directory
 // as any host does and drives it from the command line.
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -29,17 +32,22 @@ const Command kCommands[] = {
 };
 
 void PrintUsage(std::ostream& out) {
-  out << "usage: tavro-host [--quiet] [COMMAND] [OPTIONS]   (COMMAND --help for its options)\n\n";
+  out << "usage: tavro-host [--quiet] [--camera-library PATH] [COMMAND] [OPTIONS]\n"
+         "       (COMMAND --help for its options)\n\n";
   for (const Command& command : kCommands) {
     out << "  " << command.name << std::string(10 - std::string(command.name).size(), ' ')
         << command.summary << "\n";
   }
   out << "\n  -q, --quiet  hide the plug-in's own messages; results and errors still show\n"
+         "  --camera-library PATH\n"
+         "               the Oxel camera library the plug-in loads (sets TAVRO_OXEL_LIBRARY):\n"
+         "               lib/tavro/aravis/liboxel.so.1 for real cameras through Aravis\n"
          "\nResults go to standard output, errors to standard error. Exit codes:\n"
          "  0  done\n"
          "  1  failed: no camera, the plug-in or an acquisition failed, a file not written\n"
          "  2  wrong command line: unknown command or option, missing or malformed value\n"
-         "\nWithout GENICAM_GENTL64_PATH the bundled simulated cameras are used.\n";
+         "\nWithout GENICAM_GENTL64_PATH the bundled simulated cameras are used; with\n"
+         "TAVRO_OXEL_LIBRARY (or --camera-library) the cameras of that library.\n";
 }
 
 // Takes the options every command accepts, wherever they stand.
@@ -48,6 +56,16 @@ void TakeGlobalOptions(Arguments& arguments) {
     if (*k == "--quiet" || *k == "-q") {
       SetPluginOutput(PluginOutput::kHidden);
       k = arguments.erase(k);
+    } else if (*k == "--camera-library") {
+      if (std::next(k) == arguments.end()) throw UsageError("--camera-library needs a value");
+      std::error_code error;
+      const std::string path = std::filesystem::absolute(*std::next(k), error).string();
+      if (error || !std::filesystem::is_regular_file(path)) {
+        throw UsageError("--camera-library: no such file: \"" + *std::next(k) + "\"");
+      }
+      // Read by the plug-in when it binds its camera library.
+      setenv("TAVRO_OXEL_LIBRARY", path.c_str(), 1);
+      k = arguments.erase(k, std::next(k, 2));
     } else {
       ++k;
     }
@@ -80,7 +98,12 @@ int32_t IntegerValue(const std::string& text, const std::string& option) {
 int main(int argc, char** argv) {
   using namespace tavro_host;
   Arguments arguments(argv + 1, argv + argc);
-  TakeGlobalOptions(arguments);
+  try {
+    TakeGlobalOptions(arguments);
+  } catch (const UsageError& error) {
+    std::cerr << "tavro-host: " << error.what() << "\n";
+    return kExitUsage;
+  }
   std::string name = "list";
   if (!arguments.empty() && arguments.front().rfind("-", 0) != 0) {
     name = arguments.front();

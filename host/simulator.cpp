@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <stdexcept>
 
 #include "oxel_sim.h"
@@ -10,15 +11,44 @@
 namespace tavro_host {
 namespace {
 
-// Null when the camera library the plug-in loads (beside it) has no such
-// function.
+// Null when the camera library the plug-in loads has no such function.
 void* Control(const char* name) {
-  static void* const library =
-      dlopen((PluginDirectory() + "liboxel.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
+  static void* const library = dlopen(CameraLibraryPath().c_str(), RTLD_NOW | RTLD_LOCAL);
   return library != nullptr ? dlsym(library, name) : nullptr;
 }
 
 }  // namespace
+
+std::string CameraLibraryPath() {
+  const char* chosen = std::getenv("TAVRO_OXEL_LIBRARY");
+  if (chosen != nullptr && *chosen != '\0') return chosen;
+  return PluginDirectory() + "liboxel.so.1";
+}
+
+std::string CameraLibraryDescription() {
+  if (Control("OxelSim_ResetAll") != nullptr) return "simulated cameras";
+  // The library over Aravis has Aravis loaded by now.
+  if (void* aravis = dlopen("libaravis-0.8.so.0", RTLD_NOW | RTLD_NOLOAD)) {
+    using Version = unsigned (*)();
+    auto major = reinterpret_cast<Version>(dlsym(aravis, "arv_get_major_version"));
+    auto minor = reinterpret_cast<Version>(dlsym(aravis, "arv_get_minor_version"));
+    auto micro = reinterpret_cast<Version>(dlsym(aravis, "arv_get_micro_version"));
+    std::string text = "Aravis";
+    if (major != nullptr && minor != nullptr && micro != nullptr) {
+      text += " " + std::to_string(major()) + "." + std::to_string(minor()) + "." +
+              std::to_string(micro());
+    }
+    dlclose(aravis);
+    return text;
+  }
+  return "camera library";
+}
+
+std::string CameraSource(const std::string& producers) {
+  const std::string library = CameraLibraryDescription();
+  if (library == "simulated cameras") return "producers: " + producers;
+  return "camera library: " + library + ", " + CameraLibraryPath();
+}
 
 std::string BundledCameraId(const std::string& key) {
   if (key == "OX-U3-23C-Left") return "OX23C-21A0417";

@@ -9,6 +9,18 @@
 
 namespace tavro_host {
 
+// The camera library the plug-in loads: TAVRO_OXEL_LIBRARY, else the one
+// beside the plug-in.
+std::string CameraLibraryPath();
+
+// "simulated cameras", "Aravis 0.8.26" or "camera library": what the loaded
+// library is, once the plug-in has loaded it.
+std::string CameraLibraryDescription();
+
+// Where the cameras come from, for reports: "producers: PATH" for the
+// simulated cameras, "camera library: Aravis 0.8.26, PATH" otherwise.
+std::string CameraSource(const std::string& producers);
+
 // The bundled simulated camera with that key ("" for any other camera).
 std::string BundledCameraId(const std::string& key);
 
