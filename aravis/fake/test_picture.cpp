@@ -18,6 +18,7 @@ uint64_t FrameIdUnwrapper::Next(uint64_t raw) {
 
 void TestPicture::Install(ArvFakeCamera* camera) {
   camera_ = camera;
+  arv_fake_camera_set_trigger_frequency(camera_, kTriggerPollHz);
   arv_fake_camera_set_fill_pattern(camera_, &TestPicture::Fill, this);
 }
 
@@ -30,6 +31,15 @@ void TestPicture::Remove() {
 
 void TestPicture::Fill(ArvBuffer* buffer, void* self, guint32, guint32, ArvPixelFormat format) {
   auto* picture = static_cast<TestPicture*>(self);
+  guint32 triggerMode = 0;
+  arv_fake_camera_read_register(picture->camera_, ARV_FAKE_CAMERA_REGISTER_TRIGGER_MODE,
+                                &triggerMode);
+  if (triggerMode != 0 &&
+      !(arv_fake_camera_is_in_software_trigger_mode(picture->camera_) &&
+        arv_fake_camera_check_and_acknowledge_software_trigger(picture->camera_))) {
+    arv_buffer_set_frame_id(buffer, kUntriggered);
+    return;
+  }
   oxelc::FrameGeometry geometry;
   geometry.width = static_cast<uint32_t>(arv_buffer_get_image_width(buffer));
   geometry.height = static_cast<uint32_t>(arv_buffer_get_image_height(buffer));
@@ -43,6 +53,8 @@ void TestPicture::Fill(ArvBuffer* buffer, void* self, guint32, guint32, ArvPixel
   const size_t frameBytes = size_t{geometry.width} * geometry.height * geometry.bytesPerPixel;
   std::lock_guard lock(picture->mutex_);
   const uint64_t id = picture->ids_.Next(arv_buffer_get_frame_id(buffer));
+  // The stream reads the widened ID: it skips the IDs of untriggered frames.
+  arv_buffer_set_frame_id(buffer, id);
   picture->pattern_.Fill(geometry, id, data, frameBytes);
 }
 

@@ -1,6 +1,13 @@
 // Aravis's fake camera drawing the simulated cameras' test picture (see
 // sim/oxel_sim.h) instead of its own ramp, frame ID included, so that frames
 // through Aravis are checked as frames from the simulator are.
+//
+// Aravis's in-process fake camera sends frames at a steady rate whatever its
+// trigger settings. With the trigger on, the picture lets a frame through
+// only for a software trigger (nothing is wired to the fake's line 0): the
+// others are marked with frame ID 0, which no camera sends, and the data
+// stream gives them back to Aravis unseen. The fake's rate in trigger mode
+// is raised so that a trigger is answered within a few milliseconds.
 #pragma once
 
 #include <arv.h>
@@ -26,6 +33,11 @@ class FrameIdUnwrapper {
 
 class TestPicture {
  public:
+  // How often the fake camera looks for a trigger, in trigger mode.
+  static constexpr double kTriggerPollHz = 200.0;
+  // The frame ID of a frame that no trigger asked for.
+  static constexpr uint64_t kUntriggered = 0;
+
   // Installs the picture on `camera` until Remove; the camera must outlive it.
   void Install(ArvFakeCamera* camera);
   void Remove();

@@ -268,6 +268,15 @@ void DataStream::Pump() {
     // again and its frame is dropped, as a stop drops a frame in flight.
     if (held == atAravis_.end()) continue;
     atAravis_.erase(held);
+    if (arv_buffer_get_frame_id(finished) == TestPicture::kUntriggered) {
+      // A fake camera's frame that no trigger asked for: never seen.
+      if (pool_.Grabbing()) {
+        HandToAravisLocked(buffer);
+      } else {
+        pool_.ReturnUnfilled({buffer});
+      }
+      continue;
+    }
     buffer->hasFrame = true;
     buffer->incomplete = !Complete(finished);
     buffer->width = static_cast<size_t>(std::max(0, arv_buffer_get_image_width(finished)));
