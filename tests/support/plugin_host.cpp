@@ -61,13 +61,17 @@ int PluginHost::TearDownSystem(Output* output) {
   return Captured(output, [&] { return plugin.tearDown(system.get()); });
 }
 
-std::vector<int16_t> PluginHost::SetupOn(std::initializer_list<SimCamera> cameras) {
-  std::string selection;
-  for (const SimCamera& camera : cameras) selection += std::string(camera.key) + " ";
+int PluginHost::SetupFresh(const char* selection) {
   if (setUp_) TearDownSystem();  // a test may set up more than once
   system = std::make_unique<SystemRecord>();
   system->pfnAcqFinished = RecordFinished;
-  EXPECT_EQ(Setup(selection.c_str()), 0);
+  return Setup(selection);
+}
+
+std::vector<int16_t> PluginHost::SetupOn(std::initializer_list<SimCamera> cameras) {
+  std::string selection;
+  for (const SimCamera& camera : cameras) selection += std::string(camera.key) + " ";
+  EXPECT_EQ(SetupFresh(selection.c_str()), 0);
   EXPECT_EQ(system->iNumCams, static_cast<int>(cameras.size())) << selection;
   std::vector<int16_t> numbers;
   for (const SimCamera& camera : cameras) {

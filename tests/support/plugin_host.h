@@ -52,6 +52,8 @@ class PluginHost : public ::testing::Test {
   // Setup with the given selection; the output it wrote lands in `output`.
   int Setup(const char* selection, Output* output = nullptr);
   int TearDownSystem(Output* output = nullptr);
+  // Sets up a fresh record, with the finished callback, on `selection`.
+  int SetupFresh(const char* selection);
   // Sets up a fresh record with the cameras' keys as selection and answers
   // each camera's number, in the order given.
   std::vector<int16_t> SetupOn(std::initializer_list<SimCamera> cameras);
