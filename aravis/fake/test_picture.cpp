@@ -16,9 +16,12 @@ uint64_t FrameIdUnwrapper::Next(uint64_t raw) {
   return id;
 }
 
-void TestPicture::Install(ArvFakeCamera* camera) {
+void TestPicture::Install(ArvFakeCamera* camera, Triggers triggers) {
   camera_ = camera;
-  arv_fake_camera_set_trigger_frequency(camera_, kTriggerPollHz);
+  triggers_ = triggers;
+  if (triggers_ == Triggers::kPictureAnswers) {
+    arv_fake_camera_set_trigger_frequency(camera_, kTriggerPollHz);
+  }
   arv_fake_camera_set_fill_pattern(camera_, &TestPicture::Fill, this);
 }
 
@@ -34,7 +37,7 @@ void TestPicture::Fill(ArvBuffer* buffer, void* self, guint32, guint32, ArvPixel
   guint32 triggerMode = 0;
   arv_fake_camera_read_register(picture->camera_, ARV_FAKE_CAMERA_REGISTER_TRIGGER_MODE,
                                 &triggerMode);
-  if (triggerMode != 0 &&
+  if (picture->triggers_ == Triggers::kPictureAnswers && triggerMode != 0 &&
       !(arv_fake_camera_is_in_software_trigger_mode(picture->camera_) &&
         arv_fake_camera_check_and_acknowledge_software_trigger(picture->camera_))) {
     arv_buffer_set_frame_id(buffer, kUntriggered);

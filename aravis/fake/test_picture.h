@@ -38,8 +38,13 @@ class TestPicture {
   // The frame ID of a frame that no trigger asked for.
   static constexpr uint64_t kUntriggered = 0;
 
+  // Who answers software triggers: the in-process fake camera sends frames
+  // regardless, so the picture lets through only those a trigger asked for;
+  // the GigE Vision fake camera answers them itself.
+  enum class Triggers { kPictureAnswers, kCameraAnswers };
+
   // Installs the picture on `camera` until Remove; the camera must outlive it.
-  void Install(ArvFakeCamera* camera);
+  void Install(ArvFakeCamera* camera, Triggers triggers = Triggers::kPictureAnswers);
   void Remove();
   ~TestPicture() { Remove(); }
 
@@ -48,6 +53,7 @@ class TestPicture {
                    ArvPixelFormat format);
 
   ArvFakeCamera* camera_ = nullptr;
+  Triggers triggers_ = Triggers::kPictureAnswers;
   std::mutex mutex_;
   FrameIdUnwrapper ids_;
   oxelc::FramePattern pattern_;
