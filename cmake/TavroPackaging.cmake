@@ -31,18 +31,33 @@ install(FILES examples/grab_one.c examples/CMakeLists.txt examples/Makefile
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 
 set(CPACK_GENERATOR DEB)
+# One package per component: tavro (the plug-in, the simulator, the host) and,
+# with the library over Aravis built, tavro-aravis.
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL tavro)
+set(CPACK_DEBIAN_TAVRO_PACKAGE_NAME tavro)
+if(TAVRO_BUILD_ARAVIS)
+  list(APPEND CPACK_COMPONENTS_ALL aravis)
+  set(CPACK_DEBIAN_ARAVIS_PACKAGE_NAME tavro-aravis)
+  set(CPACK_DEBIAN_ARAVIS_PACKAGE_DEPENDS
+      "tavro (= ${PROJECT_VERSION}), libaravis-0.8-0 (>= 0.8.26), libc6 (>= 2.34), libstdc++6 (>= 12)")
+  set(CPACK_DEBIAN_ARAVIS_PACKAGE_CONTROL_EXTRA "${TAVRO_ARAVIS_PACKAGE_SCRIPTS}")
+  set(CPACK_DEBIAN_ARAVIS_PACKAGE_SECTION libs)
+  set(CPACK_COMPONENT_ARAVIS_DESCRIPTION
+      "Real GenICam cameras for Tavro through Aravis\nInstalled, the Tavro plug-in loads its Oxel camera library built on Aravis 0.8 (USB3 Vision, GigE Vision) instead of the simulated cameras; removed, the simulated cameras are back. Aravis is LGPL-2.1-or-later; see /usr/share/doc/tavro-aravis/copyright.")
+endif()
 set(CPACK_PACKAGE_NAME tavro)
 set(CPACK_PACKAGE_VENDOR "Tavro")
 set(CPACK_PACKAGE_CONTACT "Tavro developers <tavro@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
     "Camera acquisition plug-in for machine-vision hosts, with simulated cameras")
-set(CPACK_PACKAGE_DESCRIPTION
-    "libtavro.so loads into a host and delivers images from GenICam cameras through the Oxel camera library; this package bundles a simulated Oxel library with three cameras, the reference host tavro-host, the host header and an example host.")
+set(CPACK_COMPONENT_TAVRO_DESCRIPTION
+    "Camera acquisition plug-in for machine-vision hosts, with simulated cameras\nlibtavro.so loads into a host and delivers images from GenICam cameras through the Oxel camera library; this package bundles a simulated Oxel library with three cameras, the reference host tavro-host, the host header and an example host.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6 (>= 2.34), libstdc++6 (>= 12), libgcc-s1, libpng16-16")
+set(CPACK_DEBIAN_TAVRO_PACKAGE_DEPENDS "libc6 (>= 2.34), libstdc++6 (>= 12), libgcc-s1, libpng16-16")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "pkg-config, cmake")
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
 include(CPack)

@@ -2,8 +2,10 @@
 # Installs the default build into a staging prefix and uses it as a host
 # developer would: builds the example host against it with pkg-config and
 # with CMake, runs both and the installed tavro-host on the bundled simulated
-# cameras; then builds the Debian package, installs it, grabs an image with
-# the packaged tavro-host and removes the package again.
+# cameras and, through --camera-library, on Aravis's fake camera; then builds
+# the Debian packages, installs tavro and tavro-aravis, grabs from the fake
+# camera with nothing set but the fake, removes tavro-aravis, grabs from the
+# simulated cameras again and removes tavro.
 # Usage: scripts/check-install.sh   (needs root or sudo for the package)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -18,7 +20,7 @@ SUDO=""
 if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 
 cmake --preset default >/dev/null
-cmake --build --preset default --target tavro oxel tavro-host
+cmake --build --preset default --target tavro oxel tavro-host oxel_aravis oxel-aravis-gv-fake
 rm -rf "$work"
 mkdir -p "$work"
 
@@ -72,27 +74,58 @@ env -u GENICAM_GENTL64_PATH "$stage/bin/tavro-host" --quiet grab --colour -o "$w
   grep -q "$stage/share/tavro/producers" || fail "staged tavro-host did not use its own producers"
 [ -s "$work/staged.png" ] || fail "staged tavro-host saved no image"
 
-step "Debian package"
+step "installed tavro-host on the library over Aravis"
+for f in "$libdir/tavro/aravis/liboxel.so.1" "$libdir/tavro/aravis/oxel-aravis-fake-camera.xml" \
+         "$libdir/tavro/aravis/oxel-aravis-gv-fake" share/doc/tavro-aravis/copyright; do
+  [ -e "$stage/$f" ] || fail "not installed: $f"
+done
+# A plain install keeps the simulator beside the plug-in.
+[ "$(readlink "$stage/$libdir/tavro/liboxel.so.1")" = liboxel.so.1.0.0 ] ||
+  fail "the staged install replaced the simulator"
+env -u GENICAM_GENTL64_PATH OXEL_ARAVIS_FAKE=1 "$stage/bin/tavro-host" --quiet \
+  --camera-library "$stage/$libdir/tavro/aravis/liboxel.so.1" grab -o "$work/staged-aravis.png" |
+  grep -q "from camera 0 (Fake) .*camera library: Aravis" ||
+  fail "staged tavro-host did not grab from the Aravis fake camera"
+
+step "Debian packages"
 (cd "$build" && cpack -G DEB >/dev/null)
 deb=$(ls "$build"/package/tavro_*.deb)
+aravis_deb=$(ls "$build"/package/tavro-aravis_*.deb)
 [ "$(dpkg-deb -f "$deb" Package)" = tavro ] || fail "$deb is not the tavro package"
+[ "$(dpkg-deb -f "$aravis_deb" Package)" = tavro-aravis ] || fail "$aravis_deb is not tavro-aravis"
 # Another process may hold the package database for a while.
-install_package() {
+dpkg_retry() {
   for _ in $(seq 60); do
-    if $SUDO env DEBIAN_FRONTEND=noninteractive dpkg -i "$deb" >"$work/dpkg.log" 2>&1; then return 0; fi
+    if $SUDO env DEBIAN_FRONTEND=noninteractive dpkg "$@" >"$work/dpkg.log" 2>&1; then return 0; fi
     grep -q 'lock' "$work/dpkg.log" || { cat "$work/dpkg.log" >&2; return 1; }
     sleep 5
   done
   return 1
 }
-remove_package() { $SUDO dpkg -r tavro >/dev/null 2>&1 || true; }
-trap remove_package EXIT
-install_package || fail "dpkg -i $deb failed"
-env -u GENICAM_GENTL64_PATH /usr/bin/tavro-host grab -o "$work/packaged.png" |
-  grep -q 'producers: /usr/share/tavro/producers' || fail "packaged tavro-host did not grab"
+remove_packages() {
+  $SUDO dpkg -r tavro-aravis >/dev/null 2>&1 || true
+  $SUDO dpkg -r tavro >/dev/null 2>&1 || true
+}
+trap remove_packages EXIT
+packaged_grab() {
+  env -u GENICAM_GENTL64_PATH -u TAVRO_OXEL_LIBRARY "$@" /usr/bin/tavro-host --quiet grab \
+    -o "$work/packaged.png"
+}
+dpkg_retry -i "$deb" || fail "dpkg -i $deb failed"
+packaged_grab | grep -q 'producers: /usr/share/tavro/producers' ||
+  fail "packaged tavro-host did not grab"
 [ -s "$work/packaged.png" ] || fail "packaged tavro-host saved no image"
 pkg-config --exists tavro || fail "the package's tavro.pc is not found"
-remove_package
+
+step "tavro-aravis: real cameras without setting anything, the simulator back when it goes"
+dpkg_retry -i "$aravis_deb" || fail "dpkg -i $aravis_deb failed"
+packaged_grab OXEL_ARAVIS_FAKE=1 | grep -q 'from camera 0 (Fake) .*camera library: Aravis' ||
+  fail "with tavro-aravis the packaged tavro-host did not grab from the fake camera"
+[ -s /usr/share/doc/tavro-aravis/copyright ] || fail "tavro-aravis carries no licence notice"
+dpkg_retry -r tavro-aravis || fail "dpkg -r tavro-aravis failed"
+packaged_grab | grep -q 'producers: /usr/share/tavro/producers' ||
+  fail "without tavro-aravis the simulated cameras are not back"
+dpkg_retry -r tavro || fail "dpkg -r tavro failed"
 trap - EXIT
 [ ! -e /usr/bin/tavro-host ] || fail "dpkg -r left /usr/bin/tavro-host"
 step "install checks passed"

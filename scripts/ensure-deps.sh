@@ -4,7 +4,9 @@
 # Usage: scripts/ensure-deps.sh [fuzz]   (fuzz: also clang and libFuzzer)
 set -euo pipefail
 packages=(cmake g++ make pkg-config ccache clang-format
-          libgtest-dev libgmock-dev libbenchmark-dev libhwy-dev libpng-dev nlohmann-json3-dev)
+          libgtest-dev libgmock-dev libbenchmark-dev libhwy-dev libpng-dev nlohmann-json3-dev
+          # The Oxel library over Aravis (real cameras), and arv-tool-0.8 to see what Aravis sees.
+          libaravis-dev libusb-1.0-0-dev aravis-tools-cli)
 if [ "${1:-}" = fuzz ]; then
   packages+=(clang-14 libclang-rt-14-dev)
 fi
