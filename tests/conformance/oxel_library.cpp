@@ -1,7 +1,6 @@
 #include "oxel_library.h"
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <stdexcept>
