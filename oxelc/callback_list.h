@@ -55,4 +55,24 @@ class CallbackList {
   std::vector<std::shared_ptr<Entry>> entries_;
 };
 
+// Tells the callbacks of `lost` of every key that went away, then those of
+// `found` of every new descriptor (as the handle type `Handle`). Called with
+// no lock held: a callback may call the library again.
+template <class Handle, class Descriptor, class LostFunction, class FoundFunction>
+void ReportLostAndFound(const std::vector<std::string>& lostKeys,
+                        const std::vector<std::shared_ptr<Descriptor>>& found,
+                        const CallbackList<LostFunction>& lost,
+                        const CallbackList<FoundFunction>& foundList) {
+  for (const std::string& key : lostKeys) {
+    for (const auto& entry : lost.Snapshot()) {
+      entry->function(key.c_str(), key.size() + 1, entry->context);
+    }
+  }
+  for (const auto& descriptor : found) {
+    for (const auto& entry : foundList.Snapshot()) {
+      entry->function(reinterpret_cast<Handle>(descriptor.get()), entry->context);
+    }
+  }
+}
+
 }  // namespace oxelc

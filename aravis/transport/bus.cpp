@@ -134,16 +134,7 @@ void Interface::UpdateDevices() {
       foundDescriptors.push_back(descriptor);
     }
   }
-  for (const std::string& key : lostKeys) {
-    for (const auto& entry : lost.Snapshot()) {
-      entry->function(key.c_str(), key.size() + 1, entry->context);
-    }
-  }
-  for (const auto& descriptor : foundDescriptors) {
-    for (const auto& entry : found.Snapshot()) {
-      entry->function(reinterpret_cast<OXEL_DEVICE_DESCRIPTOR>(descriptor.get()), entry->context);
-    }
-  }
+  ReportLostAndFound<OXEL_DEVICE_DESCRIPTOR>(lostKeys, foundDescriptors, lost, found);
 }
 
 void Interface::CloseLocked() {
@@ -176,12 +167,7 @@ void System::UpdateInterfaces() {
       reported.push_back(descriptor);
     }
   }
-  for (const auto& descriptor : reported) {
-    for (const auto& entry : found.Snapshot()) {
-      entry->function(reinterpret_cast<OXEL_INTERFACE_DESCRIPTOR>(descriptor.get()),
-                      entry->context);
-    }
-  }
+  ReportLostAndFound<OXEL_INTERFACE_DESCRIPTOR>({}, reported, lost, found);
 }
 
 void System::CloseLocked() {

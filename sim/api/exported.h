@@ -13,6 +13,7 @@
 #include "core/api.h"
 #include "core/simulator.h"
 #include "transport/data_stream.h"
+#include "transport/device.h"
 #include "transport/interface.h"
 #include "transport/producer_library.h"
 

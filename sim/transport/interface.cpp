@@ -88,16 +88,7 @@ void Interface::UpdateDevices() {
       foundDescriptors.push_back(descriptor);
     }
   }
-  for (const std::string& key : lostKeys) {
-    for (const auto& entry : lost.Snapshot()) {
-      entry->function(key.c_str(), key.size() + 1, entry->context);
-    }
-  }
-  for (const auto& descriptor : foundDescriptors) {
-    for (const auto& entry : found.Snapshot()) {
-      entry->function(reinterpret_cast<OXEL_DEVICE_DESCRIPTOR>(descriptor.get()), entry->context);
-    }
-  }
+  ReportLostAndFound<OXEL_DEVICE_DESCRIPTOR>(lostKeys, foundDescriptors, lost, found);
 }
 
 void Interface::CloseLocked() {

@@ -59,12 +59,7 @@ void System::UpdateInterfaces() {
       reported.push_back(descriptor);
     }
   }
-  for (const auto& descriptor : reported) {
-    for (const auto& entry : found.Snapshot()) {
-      entry->function(reinterpret_cast<OXEL_INTERFACE_DESCRIPTOR>(descriptor.get()),
-                      entry->context);
-    }
-  }
+  ReportLostAndFound<OXEL_INTERFACE_DESCRIPTOR>({}, reported, lost, found);
 }
 
 void System::CloseLocked() {
