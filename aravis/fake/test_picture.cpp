@@ -25,10 +25,18 @@ void TestPicture::Install(ArvFakeCamera* camera, Triggers triggers) {
   arv_fake_camera_set_fill_pattern(camera_, &TestPicture::Fill, this);
 }
 
+namespace {
+
+// What a fake camera draws once the picture is removed, while it closes:
+// nothing (Aravis's own ramp knows no "BGR8" and complains).
+void Blank(ArvBuffer*, void*, guint32, guint32, ArvPixelFormat) {}
+
+}  // namespace
+
 void TestPicture::Remove() {
   // Aravis holds its fill lock while drawing: once this returns, no drawing
   // with this object is under way or to come.
-  if (camera_ != nullptr) arv_fake_camera_set_fill_pattern(camera_, nullptr, nullptr);
+  if (camera_ != nullptr) arv_fake_camera_set_fill_pattern(camera_, &Blank, nullptr);
   camera_ = nullptr;
 }
 
