@@ -1,6 +1,26 @@
 #include "fake/test_picture.h"
 
+#include <atomic>
+
 namespace oxelarv {
+
+namespace {
+
+// Released after each drawing, acquired by the reader of a finished buffer;
+// and released by each hand-over of a buffer or a picture to Aravis's
+// threads, acquired before each drawing.
+std::atomic<uint64_t> framesDrawn{0};
+std::atomic<uint64_t> handedOver{0};
+
+}  // namespace
+
+void TestPicture::SeeDrawnFrames() {
+  framesDrawn.load(std::memory_order_acquire);
+}
+
+void TestPicture::HandOverBuffer() {
+  handedOver.fetch_add(1, std::memory_order_release);
+}
 
 uint64_t FrameIdUnwrapper::Next(uint64_t raw) {
   if (raw > 0xFFFF) {
@@ -22,6 +42,7 @@ void TestPicture::Install(ArvFakeCamera* camera, Triggers triggers) {
   if (triggers_ == Triggers::kPictureAnswers) {
     arv_fake_camera_set_trigger_frequency(camera_, kTriggerPollHz);
   }
+  handedOver.fetch_add(1, std::memory_order_release);
   arv_fake_camera_set_fill_pattern(camera_, &TestPicture::Fill, this);
 }
 
@@ -37,11 +58,17 @@ void TestPicture::Remove() {
   // Aravis holds its fill lock while drawing: once this returns, no drawing
   // with this object is under way or to come.
   if (camera_ != nullptr) arv_fake_camera_set_fill_pattern(camera_, &Blank, nullptr);
+  framesDrawn.load(std::memory_order_acquire);  // the last drawing is over
   camera_ = nullptr;
 }
 
 void TestPicture::Fill(ArvBuffer* buffer, void* self, guint32, guint32, ArvPixelFormat format) {
   auto* picture = static_cast<TestPicture*>(self);
+  handedOver.load(std::memory_order_acquire);
+  // Every way out publishes what this drawing did (and read).
+  struct Published {
+    ~Published() { framesDrawn.fetch_add(1, std::memory_order_release); }
+  } published;
   guint32 triggerMode = 0;
   arv_fake_camera_read_register(picture->camera_, ARV_FAKE_CAMERA_REGISTER_TRIGGER_MODE,
                                 &triggerMode);

@@ -48,6 +48,14 @@ class TestPicture {
   void Remove();
   ~TestPicture() { Remove(); }
 
+  // Called by whoever takes a finished buffer from Aravis before reading its
+  // pixels: Aravis hands the buffer over through GLib's queues, which the
+  // thread sanitizer cannot see into, so the drawing is published here too.
+  static void SeeDrawnFrames();
+  // Called before a buffer is given to Aravis: whatever its owner did with
+  // it (read the last frame, wrote it) comes before the next drawing.
+  static void HandOverBuffer();
+
  private:
   static void Fill(ArvBuffer* buffer, void* self, guint32 exposureUs, guint32 gain,
                    ArvPixelFormat format);

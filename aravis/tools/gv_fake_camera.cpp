@@ -8,6 +8,8 @@
 #include <arv.h>
 #include <glib-unix.h>
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -19,6 +21,16 @@
 namespace {
 
 gboolean Quit(gpointer loop) {
+  g_main_loop_quit(static_cast<GMainLoop*>(loop));
+  return G_SOURCE_REMOVE;
+}
+
+// The process that started this one; when it is gone (a test that was
+// killed), so is the camera.
+pid_t starter = 0;
+
+gboolean QuitWithoutStarter(gpointer loop) {
+  if (getppid() == starter) return G_SOURCE_CONTINUE;
   g_main_loop_quit(static_cast<GMainLoop*>(loop));
   return G_SOURCE_REMOVE;
 }
@@ -55,6 +67,8 @@ int main(int argc, char** argv) {
   GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
   g_unix_signal_add(SIGINT, Quit, loop);
   g_unix_signal_add(SIGTERM, Quit, loop);
+  starter = getppid();
+  g_timeout_add(200, QuitWithoutStarter, loop);
   std::printf("GigE Vision fake camera Aravis-Fake-%s on %s\n", serial.c_str(),
               interfaceName.c_str());
   std::fflush(stdout);

@@ -155,6 +155,7 @@ void* DataStream::Revoke(const std::shared_ptr<PoolBuffer>& buffer) {
 void DataStream::HandToAravisLocked(const std::shared_ptr<PoolBuffer>& buffer) {
   ArvBuffer* wrapper = aravisBuffers_.at(buffer.get()).get();
   atAravis_.push_back(buffer);
+  TestPicture::HandOverBuffer();
   // Aravis takes a reference of its own.
   arv_stream_push_buffer(stream_.get(), ARV_BUFFER(g_object_ref(wrapper)));
 }
@@ -259,6 +260,7 @@ void DataStream::Pump() {
     ArvBuffer* finished = arv_stream_timeout_pop_buffer(stream_.get(), kPumpSliceUs);
     if (finished == nullptr) continue;
     GRef<ArvBuffer> popped(finished);  // the reference Aravis gave back
+    TestPicture::SeeDrawnFrames();
     std::lock_guard lock(mutex_);
     auto found = byAravisBuffer_.find(finished);
     if (found == byAravisBuffer_.end()) continue;
