@@ -30,9 +30,9 @@
 #include <thread>
 #include <vector>
 
-#include "oxelc/buffer_pool.h"
 #include "camera/camera_features.h"
 #include "core/api.h"
+#include "oxelc/buffer_pool.h"
 #include "oxelc/frame_pattern.h"
 
 namespace oxelsim {

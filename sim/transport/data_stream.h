@@ -5,9 +5,9 @@
 
 #include <memory>
 
-#include "oxelc/buffer_pool.h"
 #include "camera/sim_camera.h"
 #include "core/module.h"
+#include "oxelc/buffer_pool.h"
 
 namespace oxelsim {
 

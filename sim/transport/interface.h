@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "camera/sim_camera.h"
+#include "core/api.h"
 #include "core/module.h"
 #include "producer/hardware.h"
-#include "core/api.h"
 
 namespace oxelsim {
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "core/api.h"
 #include "core/module.h"
 #include "producer/hardware.h"
-#include "core/api.h"
 
 namespace oxelsim {
 
