@@ -165,6 +165,34 @@ TEST(Conformance, DiscoveryListsAUsbCameraAndRefusesHandlesItDidNotGive) {
             OXEL_RETURN_CODE_CTI_LOADING_ERROR);
 }
 
+TEST(Conformance, EveryModuleCountsItsNodeMapsAndTheCameraHasOne) {
+  OpenedCamera camera;
+  OXEL_REMOTE_DEVICE remote = nullptr;
+  ASSERT_EQ(Oxel().OXEL_Device_GetRemoteDevice(camera.device, &remote), 0);
+  OXEL_MODULE modules[3] = {};
+  ASSERT_EQ(Oxel().OXEL_RemoteDevice_ToModule(remote, &modules[0]), 0);
+  ASSERT_EQ(Oxel().OXEL_Device_ToModule(camera.device, &modules[1]), 0);
+  ASSERT_EQ(Oxel().OXEL_DataStream_ToModule(camera.stream, &modules[2]), 0);
+  for (int k = 0; k < 3; ++k) {
+    SCOPED_TRACE(k == 0 ? "remote device" : k == 1 ? "device" : "data stream");
+    size_t count = 0;
+    ASSERT_EQ(Oxel().OXEL_Module_GetNumNodeMaps(modules[k], &count), 0);
+    // The camera's features are in the remote device's first map. The
+    // transport modules differ: the simulator describes each in a small map
+    // of its own, Aravis's transport layer has no GenICam description, so
+    // the library over Aravis gives them none (the plug-in reads only the
+    // camera's map).
+    if (k == 0) {
+      EXPECT_GE(count, 1u);
+    } else {
+      EXPECT_LE(count, IsSimulator() ? 1u : 0u);
+    }
+    OXEL_NODE_MAP beyond = nullptr;
+    EXPECT_EQ(Oxel().OXEL_Module_GetNodeMap(modules[k], count, &beyond),
+              OXEL_RETURN_CODE_OUT_OF_RANGE);
+  }
+}
+
 TEST(Conformance, IntegerFeaturesKeepTheirRangeAndIncrement) {
   OpenedCamera camera;
   OXEL_INTEGER_NODE width =
