@@ -12,6 +12,7 @@
 
 #include "commands.h"
 #include "host_image.h"
+#include "options.h"
 #include "plugin.h"
 #include "records.h"
 #include "simulator.h"
@@ -55,41 +56,31 @@ constexpr const char* kUsage =
 
 GrabOptions ParseOptions(const Arguments& arguments, bool& help) {
   GrabOptions options;
-  for (size_t k = 0; k < arguments.size(); ++k) {
-    const std::string& name = arguments[k];
-    if (name == "--help") {
-      help = true;
-    } else if (name == "-o") {
-      options.output = OptionValue(arguments, k);
-    } else if (name == "--camera") {
-      options.camera = IntegerValue(OptionValue(arguments, k), name);
-    } else if (name == "--select") {
-      options.selection = OptionValue(arguments, k);
-    } else if (name == "--aoi") {
-      const std::string value = OptionValue(arguments, k);
-      int used = 0;
-      int32_t* r = options.aoiRect;
-      if (std::sscanf(value.c_str(), "%d,%d,%d,%d%n", &r[0], &r[1], &r[2], &r[3], &used) != 4 ||
-          static_cast<size_t>(used) != value.size()) {
-        throw UsageError("--aoi wants L,T,R,B, got " + value);
-      }
-      options.aoi = true;
-    } else if (name == "--exposure") {
-      options.exposure = true;
-      options.exposureValue = IntegerValue(OptionValue(arguments, k), name);
-    } else if (name == "--gain") {
-      options.gain = true;
-      options.gainValue = IntegerValue(OptionValue(arguments, k), name);
-    } else if (name == "--colour" || name == "--color") {
-      options.colour = true;
-    } else if (name == "--hw-trigger") {
-      options.hardwareTrigger = true;
-    } else if (name == "--line0") {
-      options.line0Camera = OptionValue(arguments, k);
-    } else {
-      throw UsageError("grab: unknown option " + name);
+  const auto aoi = [&](const std::string&, const std::string& value) {
+    int used = 0;
+    int32_t* r = options.aoiRect;
+    if (std::sscanf(value.c_str(), "%d,%d,%d,%d%n", &r[0], &r[1], &r[2], &r[3], &used) != 4 ||
+        static_cast<size_t>(used) != value.size()) {
+      throw UsageError("--aoi wants L,T,R,B, got " + value);
     }
-  }
+    options.aoi = true;
+  };
+  const auto valueAndFlag = [](const char* name, int32_t& value, bool& given) {
+    return Option{{name}, true, [&](const std::string& used, const std::string& text) {
+                    value = IntegerValue(text, used);
+                    given = true;
+                  }};
+  };
+  help = !tavro_host::ParseOptions(
+      "grab", arguments,
+      {OutputOption(options.output), CameraOption(options.camera), SelectOption(options.selection),
+       Option{{"--aoi"}, true, aoi},
+       valueAndFlag("--exposure", options.exposureValue, options.exposure),
+       valueAndFlag("--gain", options.gainValue, options.gain), ColourOption(options.colour),
+       FlagOption("--hw-trigger", options.hardwareTrigger),
+       Option{{"--line0"}, true, [&](const std::string&, const std::string& v) {
+                options.line0Camera = v;
+              }}});
   return options;
 }
 

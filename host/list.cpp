@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "commands.h"
+#include "options.h"
 #include "plugin.h"
 #include "records.h"
 #include "simulator.h"
@@ -70,21 +71,15 @@ nlohmann::json CameraJson(const CameraRecord& camera) {
 int RunList(const Arguments& arguments) {
   std::string selection;
   bool json = false;
-  for (size_t k = 0; k < arguments.size(); ++k) {
-    if (arguments[k] == "--select") {
-      selection = OptionValue(arguments, k);
-    } else if (arguments[k] == "--json") {
-      json = true;
-    } else if (arguments[k] == "--help") {
-      std::cout << "usage: tavro-host list [--select TEXT] [--json]\n"
-                   "  Sets up the cameras and describes each one. With --select, only cameras\n"
-                   "  whose key (model, or model-userName) occurs in TEXT are used. With --json,\n"
-                   "  one JSON object on standard output; the plug-in's messages go to\n"
-                   "  standard error.\n";
-      return kExitDone;
-    } else {
-      throw UsageError("list: unknown option " + arguments[k]);
-    }
+  const bool help =
+      !ParseOptions("list", arguments, {SelectOption(selection), FlagOption("--json", json)});
+  if (help) {
+    std::cout << "usage: tavro-host list [--select TEXT] [--json]\n"
+                 "  Sets up the cameras and describes each one. With --select, only cameras\n"
+                 "  whose key (model, or model-userName) occurs in TEXT are used. With --json,\n"
+                 "  one JSON object on standard output; the plug-in's messages go to\n"
+                 "  standard error.\n";
+    return kExitDone;
   }
   // Standard output carries only the JSON document.
   if (json) SetPluginOutput(PluginOutput::kOnStandardError, /*unlessHidden=*/true);

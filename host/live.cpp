@@ -14,6 +14,7 @@
 
 #include "commands.h"
 #include "host_image.h"
+#include "options.h"
 #include "oxel_sim.h"
 #include "plugin.h"
 #include "records.h"
@@ -68,27 +69,21 @@ double Seconds(const std::string& text, const std::string& option) {
 
 LiveOptions ParseOptions(const Arguments& arguments, bool& help) {
   LiveOptions options;
-  for (size_t k = 0; k < arguments.size(); ++k) {
-    const std::string& name = arguments[k];
-    if (name == "--help") {
-      help = true;
-    } else if (name == "-o") {
-      options.output = OptionValue(arguments, k);
-    } else if (name == "--camera") {
-      options.camera = IntegerValue(OptionValue(arguments, k), name);
-    } else if (name == "--select") {
-      options.selection = OptionValue(arguments, k);
-    } else if (name == "--frames") {
-      options.frames = IntegerValue(OptionValue(arguments, k), name);
-      if (options.frames <= 0) throw UsageError("--frames: must be above 0");
-    } else if (name == "--seconds") {
-      options.seconds = Seconds(OptionValue(arguments, k), name);
-    } else if (name == "--colour" || name == "--color") {
-      options.colour = true;
-    } else {
-      throw UsageError("live: unknown option " + name);
-    }
-  }
+  help = !tavro_host::ParseOptions(
+      "live", arguments,
+      {OutputOption(options.output), CameraOption(options.camera), SelectOption(options.selection),
+       Option{{"--frames"},
+              true,
+              [&](const std::string& used, const std::string& v) {
+                options.frames = IntegerValue(v, used);
+                if (options.frames <= 0) throw UsageError("--frames: must be above 0");
+              }},
+       Option{{"--seconds"},
+              true,
+              [&](const std::string& used, const std::string& v) {
+                options.seconds = Seconds(v, used);
+              }},
+       ColourOption(options.colour)});
   if (options.frames > 0 && options.seconds > 0) {
     throw UsageError("live: give --frames or --seconds, not both");
   }

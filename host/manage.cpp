@@ -10,6 +10,7 @@
 
 #include "commands.h"
 #include "host_image.h"
+#include "options.h"
 #include "plugin.h"
 #include "records.h"
 
@@ -75,20 +76,14 @@ void CheckMap(const std::vector<int32_t>& map, int32_t cameraCount) {
 
 ManageOptions ParseOptions(const Arguments& arguments, bool& help, const std::string& command) {
   ManageOptions options;
-  for (size_t k = 0; k < arguments.size(); ++k) {
-    const std::string& name = arguments[k];
-    if (name == "--help") {
-      help = true;
-    } else if (name == "--select") {
-      options.selection = OptionValue(arguments, k);
-    } else if (name == "--camera" && command == "cycle") {
-      options.camera = IntegerValue(OptionValue(arguments, k), name);
-    } else if (name == "--map" && command == "order") {
-      options.map = NumberList(OptionValue(arguments, k), name);
-    } else {
-      throw UsageError(command + ": unknown option " + name);
-    }
+  std::vector<Option> known = {SelectOption(options.selection)};
+  if (command == "cycle") known.push_back(CameraOption(options.camera));
+  if (command == "order") {
+    known.push_back(Option{{"--map"}, true, [&](const std::string& used, const std::string& v) {
+                             options.map = NumberList(v, used);
+                           }});
   }
+  help = !tavro_host::ParseOptions(command, arguments, known);
   return options;
 }
 
