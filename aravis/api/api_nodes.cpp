@@ -12,12 +12,8 @@ using namespace oxelarv;
 
 namespace {
 
-Ref<Node> FindNode(const void* handle, const char* what = "node") {
-  return Find<Node>(handle, Kind::Node, what);
-}
-
 Ref<Node> FindNodeOfType(const void* handle, OXEL_NODE_TYPE type) {
-  Ref<Node> node = FindNode(handle);
+  Ref<Node> node = FindNode(handle, "node");
   if (node->type != type) {
     Fail(OXEL_RETURN_CODE_INVALID_HANDLE, std::string(CurrentFunction()) + ": node '" + node->name +
                                               "' is a " + NodeTypeName(node->type) +
@@ -120,7 +116,7 @@ OXEL_RETURN_CODE WriteNode(const char* function, const void* handle, OXEL_NODE_T
   });
   if (result == OXEL_RETURN_CODE_SUCCESS && written != nullptr) {
     RunApiCall(function, [&] {
-      Ref<Node> alive = FindNode(handle);
+      Ref<Node> alive = FindNode(handle, "node");
       Changed(*alive);
     });
   }
@@ -184,100 +180,30 @@ OXEL_RETURN_CODE OXEL_NodeMap_GetNode(OXEL_NODE_MAP nodeMap, size_t index, OXEL_
 }
 
 OXEL_RETURN_CODE OXEL_Node_GetName(OXEL_NODE node, char* name, size_t* nameSize) {
-  return RunApiCall(__func__, [&] { WriteText(FindNode(node)->name, name, nameSize); });
+  return RunApiCall(__func__, [&] { WriteText(FindNode(node, "node")->name, name, nameSize); });
 }
 
 OXEL_RETURN_CODE OXEL_Node_GetDisplayName(OXEL_NODE node, char* displayName,
                                           size_t* displayNameSize) {
-  return RunApiCall(__func__,
-                    [&] { WriteText(FindNode(node)->displayName, displayName, displayNameSize); });
+  return RunApiCall(__func__, [&] {
+    WriteText(FindNode(node, "node")->displayName, displayName, displayNameSize);
+  });
 }
 
 OXEL_RETURN_CODE OXEL_Node_GetType(OXEL_NODE node, OXEL_NODE_TYPE* type) {
   return RunApiCall(__func__, [&] {
-    Ref<Node> found = FindNode(node);
+    Ref<Node> found = FindNode(node, "node");
     Out(type, "type") = found->type;
   });
 }
 
 OXEL_RETURN_CODE OXEL_Node_GetAccessStatus(OXEL_NODE node, OXEL_NODE_ACCESS_STATUS* accessStatus) {
   return RunApiCall(__func__, [&] {
-    Ref<Node> found = FindNode(node);
+    Ref<Node> found = FindNode(node, "node");
     OXEL_NODE_ACCESS_STATUS& result = Out(accessStatus, "accessStatus");
     std::lock_guard lock(found->map->Mutex());
     result = AccessOf(*found);
   });
-}
-
-OXEL_RETURN_CODE OXEL_Node_RegisterChangedCallback(OXEL_NODE node,
-                                                   OXEL_NodeChangedCallback callback, void* context,
-                                                   OXEL_CALLBACK_HANDLE* callbackHandle) {
-  return RunApiCall(__func__, [&] {
-    Ref<Node> found = FindNode(node);
-    OXEL_CALLBACK_HANDLE& result = Out(callbackHandle, "callbackHandle");
-    result = found->changed.Add(callback, context);
-  });
-}
-
-OXEL_RETURN_CODE OXEL_Node_UnregisterChangedCallback(OXEL_NODE node,
-                                                     OXEL_CALLBACK_HANDLE callbackHandle) {
-  return RunApiCall(__func__, [&] { FindNode(node)->changed.Remove(callbackHandle); });
-}
-
-namespace {
-
-template <class Typed>
-OXEL_RETURN_CODE Cast(const char* function, OXEL_NODE node, OXEL_NODE_TYPE type, Typed* out) {
-  return RunApiCall(function, [&] {
-    Ref<Node> found = FindNode(node);
-    Typed& result = Out(out, "result");
-    if (found->type != type) {
-      Fail(OXEL_RETURN_CODE_INVALID_CAST, std::string(function) + ": node '" + found->name +
-                                              "' is a " + NodeTypeName(found->type) +
-                                              " node, not a " + NodeTypeName(type) + " node");
-    }
-    result = reinterpret_cast<Typed>(node);
-  });
-}
-
-}  // namespace
-
-OXEL_RETURN_CODE OXEL_Node_ToIntegerNode(OXEL_NODE node, OXEL_INTEGER_NODE* integerNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_INTEGER, integerNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToBooleanNode(OXEL_NODE node, OXEL_BOOLEAN_NODE* booleanNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_BOOLEAN, booleanNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToCommandNode(OXEL_NODE node, OXEL_COMMAND_NODE* commandNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_COMMAND, commandNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToFloatNode(OXEL_NODE node, OXEL_FLOAT_NODE* floatNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_FLOAT, floatNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToStringNode(OXEL_NODE node, OXEL_STRING_NODE* stringNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_STRING, stringNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToRegisterNode(OXEL_NODE node, OXEL_REGISTER_NODE* registerNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_REGISTER, registerNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToCategoryNode(OXEL_NODE node, OXEL_CATEGORY_NODE* categoryNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_CATEGORY, categoryNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToEnumerationNode(OXEL_NODE node,
-                                             OXEL_ENUMERATION_NODE* enumerationNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_ENUMERATION, enumerationNode);
-}
-
-OXEL_RETURN_CODE OXEL_Node_ToEnumerationEntryNode(OXEL_NODE node,
-                                                  OXEL_ENUMERATION_ENTRY_NODE* entryNode) {
-  return Cast(__func__, node, OXEL_NODE_TYPE_ENUMERATION_ENTRY, entryNode);
 }
 
 // ---- integers -------------------------------------------------------------------

@@ -22,6 +22,12 @@ inline void RequireStarted() {
   Library::Instance().RequireStarted();
 }
 
+// A node handle of any kind.
+template <class Handle>
+Ref<Node> FindNode(Handle handle, const char* what) {
+  return Find<Node>(handle, Kind::Node, what);
+}
+
 // Guards the structure of opened modules while one closes.
 inline std::unique_lock<std::recursive_mutex> LockStructure() {
   return std::unique_lock(Library::Instance().mutex);

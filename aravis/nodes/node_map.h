@@ -29,6 +29,11 @@ struct Node {
   Node* enumeration = nullptr;          // an entry's enumeration
   NodeMap* map = nullptr;
   CallbackList<OXEL_NodeChangedCallback> changed;
+
+  // What the functions every library shares ask of a node.
+  const std::string& Name() const { return name; }
+  OXEL_NODE_TYPE Type() const { return type; }
+  CallbackList<OXEL_NodeChangedCallback>& Callbacks() { return changed; }
 };
 
 class NodeMap : public std::enable_shared_from_this<NodeMap> {

@@ -15,6 +15,7 @@
 #include "transport/data_stream.h"
 #include "transport/device.h"
 #include "transport/interface.h"
+#include "transport/node_map.h"
 #include "transport/producer_library.h"
 
 namespace oxelsim {
@@ -30,6 +31,12 @@ Ref<T> Find(Handle handle, Kind kind, const char* what) {
 // Fails with NOT_INITIALIZED unless a user has initialized the library.
 inline void RequireStarted() {
   Simulator::Instance().RequireStarted();
+}
+
+// A node handle of any kind.
+template <class Handle>
+Ref<Node> FindNode(Handle handle, const char* what) {
+  return Find<Node>(handle, Kind::Node, what);
 }
 
 // Guards the structure of opened modules while one closes.

@@ -8,11 +8,6 @@
 namespace oxelsim {
 
 template <class Handle>
-Ref<Node> FindNode(Handle handle, const char* what) {
-  return Find<Node>(handle, Kind::Node, what);
-}
-
-template <class Handle>
 Ref<Node> FindNodeOfType(Handle handle, OXEL_NODE_TYPE type) {
   Ref<Node> node = FindNode(handle, "node");
   if (node->Type() != type) {
